@@ -1,0 +1,259 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "model/rom.h"
+#include "model/textureformat.h"
+
+#include <QFileDialog>
+#include <QImage>
+#include <QMainWindow>
+#include <QMap>
+#include <QSettings>
+#include <QStringList>
+
+class ClickableLabel;
+class Progress;
+class QCheckBox;
+class QComboBox;
+class QGroupBox;
+class QHBoxLayout;
+class QLabel;
+class QLineEdit;
+class QMenu;
+class QProgressDialog;
+class QPushButton;
+class QSpinBox;
+class QSplitter;
+class QTabWidget;
+class QTableWidget;
+class QTreeWidget;
+class QTreeWidgetItem;
+class QXmlStreamWriter;
+class TexturePreviewArea;
+
+/// The program's one window onto currentROM. Its slots ask the user, call the floors below, and show what came of it; each topic
+/// has a source file of its own, mainwindow_<topic>.cpp.
+class MainWindow : public QMainWindow
+{
+    Q_OBJECT
+
+public:
+    /// Item types of the tree's rows.
+    enum RowType { TextureRow = 1001, FolderRow = 1002 };
+    /// Values of ROM::selectedType.
+    enum SelectedType { NothingSelected = 0, FolderSelected = 1, TextureSelected = 2 };
+
+    MainWindow();
+    ~MainWindow() override;
+
+    // Image (mainwindow_image.cpp)
+    void loadFile(const QString &fileName);
+    bool saveFile(const QString &fileName);
+
+    // Construction, settings and state (mainwindow.cpp)
+    void createActions();
+    void createMenus();
+    void createToolBars();
+    void createStatusBar();
+    void setupGUI();
+    void updateRecentFileActions();
+    void readSettings();
+    void writeSettings();
+    void setCurrentFile(const QString &fileName);
+    bool maybeSave();
+
+    // Tree (mainwindow_tree.cpp)
+    void createTreeView();
+    void addDirectoryToTree(fileTreeDirectory *directory);
+    void addTextureToTree(fileTreeFile *file);
+    void updateDirectoryInTree(fileTreeDirectory *directory);
+    void updateTextureInTree(fileTreeFile *file);
+    void updateChildrenInTree(fileTreeDirectory *directory);
+    void selectFileTableItem();
+    QString selectedItemType() const;
+
+    // File list (mainwindow_filelist.cpp)
+    QString removeFilePath(const QString &path);
+
+    // Panels (mainwindow_panels.cpp)
+    void createTextureViewer();
+
+    // Grid (mainwindow_grid.cpp)
+    void createGridPanel();
+
+    // Transfer (mainwindow_transfer.cpp)
+    bool extractTexture(fileTreeFile *file, QString fileName);
+    void saveFolder(QString path, fileTreeDirectory *directory);
+    int countFiles(const QString &path);
+    void iterateFolder(QString path, fileTreeDirectory *directory, QProgressDialog *progress, QString *log);
+
+    // Search (mainwindow_search.cpp)
+    bool findTexture(const QString fileName, QProgressDialog *progress, QMap<QString, textureFormat> formats,
+                     const bool firstOnly, const int duplicateMode);
+    QString removeFileExtension(QString path);
+
+public slots:
+    // The order is that of the meta-object's method table and is relied on; loadTexture() takes three entries there. New slots
+    // go behind the last of these.
+    bool runFindTexture(QStringList entries, QMap<QString, textureFormat> formats, const bool firstOnly,
+                        const int duplicateMode);
+    void updateSelectedInfo();
+    void importTexture(QImage image, int address, QString format, QByteArray rawImage);
+    void insertTexture(QString fileName, fileTreeFile *texture);
+    void open();
+    void openRecentFile();
+    bool save();
+    bool saveAs();
+    void about();
+    void updateActions();
+    void parseXML(const QString &path);
+    void createXMLFileInner(QXmlStreamWriter *writer, fileTreeDirectory *currentDirectory);
+    void createXMLFile(const QString &path);
+    void clearFileTable();
+    void showContextMenu(const QPoint &position);
+    void sortTreeView(int index);
+    void saveTexture();
+    void replaceTexture();
+    void importFolder();
+    void importTexturePack();
+    void parseTexturePack(QString archive);
+    void togglePreviewBackground();
+    void loadTexture(const QString &fileName = QString(), bool multiple = false);
+    void deleteItem();
+    void addFile();
+    void addTexture();
+    void openTextureTab();
+    void loadProfile();
+    void saveProfile();
+    void newProfile();
+    void deleteProfile();
+    void setAutosaveProfile(int enable);
+    void setAutoloadProfile(QString name);
+    void applyTextureChanges();
+    void applyDirectoryChanges();
+    void saveDirectoryInfo();
+    void saveTextureInfo();
+    void expandTreeDirectory(QTreeWidgetItem *item);
+    void renderGrid();
+
+    void updateDirectoryInfo();
+    void updateTextureInfo();
+    void renderTexture();
+    void createProfilePanel();
+    void readProfiles();
+    void readProfileSettings();
+    void saveProfileSettings();
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dragMoveEvent(QDragMoveEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
+
+private:
+    /// Marks the window busy for a scope: a progress dialog runs the event loop inside an operation, and nothing that arrives
+    /// then (a drop, a shortcut, a close) may pull the image or the table from under it.
+    class BusyScope
+    {
+    public:
+        explicit BusyScope(MainWindow *window);
+        ~BusyScope();
+        BusyScope(const BusyScope &) = delete;
+        BusyScope &operator=(const BusyScope &) = delete;
+
+    private:
+        MainWindow *m_window;
+    };
+    bool isBusy() const { return m_busy > 0; }
+
+    QAction *createAction(const QString &name, const QString &text, const QString &icon, const QString &statusTip);
+
+    QString cartridgeFolder() const;
+    QString fileListPath() const; ///< Of the current profile.
+    void showUnsavedFileListNotice();
+    /// A modal progress dialog without a cancel button, as byte-order conversion and folder import show it, or with one.
+    QProgressDialog *createProgressDialog(const QString &label, const QString &cancelText, int maximum);
+
+    QSettings m_settings;
+    QFileDialog::Options m_fileDialogOptions;
+    QString m_profilesDirectory; ///< Ends in "/".
+    int m_busy = 0;
+
+    QWidget *m_centralWidget = nullptr;
+    QHBoxLayout *m_horizontalLayout = nullptr;
+    QSplitter *m_splitter = nullptr;
+    QTabWidget *m_tabWidget = nullptr;
+    QWidget *m_selectionPanel = nullptr;
+    QWidget *m_profilePanel = nullptr;
+    QTreeWidget *m_treeWidget = nullptr;
+    QWidget *m_gridPanel = nullptr;
+
+    QMenu *m_fileMenu = nullptr;
+    QMenu *m_editMenu = nullptr;
+    QMenu *m_importMenu = nullptr;
+    QMenu *m_searchMenu = nullptr;
+    QMenu *m_helpMenu = nullptr;
+    QToolBar *m_fileToolBar = nullptr;
+    QToolBar *m_editToolBar = nullptr;
+    QToolBar *m_importToolBar = nullptr;
+    QToolBar *m_searchToolBar = nullptr;
+
+    static constexpr int maximumRecentFiles = 5;
+    QAction *m_openAction = nullptr;
+    QAction *m_saveAction = nullptr;
+    QAction *m_saveAsAction = nullptr;
+    QAction *m_recentFileActions[maximumRecentFiles] = {};
+    QAction *m_exitAction = nullptr;
+    QAction *m_extractAction = nullptr;
+    QAction *m_importImageAction = nullptr;
+    QAction *m_importFolderAction = nullptr;
+    QAction *m_importTexturePackAction = nullptr;
+    QAction *m_findTextureAction = nullptr;
+    QAction *m_newFolderAction = nullptr;
+    QAction *m_newTextureAction = nullptr;
+    QAction *m_deleteAction = nullptr;
+    QAction *m_aboutAction = nullptr;
+
+    // Folder panel
+    QLineEdit *m_folderPath = nullptr;
+    QLineEdit *m_folderName = nullptr;
+    QLineEdit *m_folderOffset = nullptr;
+    QLineEdit *m_folderAddress = nullptr;
+    QLineEdit *m_folderSize = nullptr;
+    QCheckBox *m_fixedContentAddresses = nullptr;
+    QLabel *m_folderUnsaved = nullptr;
+    QPushButton *m_folderSave = nullptr;
+
+    // Texture panel
+    QLineEdit *m_texturePath = nullptr;
+    QLineEdit *m_textureName = nullptr;
+    QLineEdit *m_textureOffset = nullptr;
+    QLineEdit *m_textureAddress = nullptr;
+    QLineEdit *m_textureFormat = nullptr;
+    QLabel *m_texturePaletteLabel = nullptr;
+    QLineEdit *m_texturePalette = nullptr;
+    QLabel *m_textureWidthLabel = nullptr;
+    QSpinBox *m_textureWidth = nullptr;
+    QLabel *m_textureHeightLabel = nullptr;
+    QSpinBox *m_textureHeight = nullptr;
+    QLabel *m_textureUnsaved = nullptr;
+    QPushButton *m_textureSave = nullptr;
+
+    // Preview
+    QGroupBox *m_previewBox = nullptr;
+    TexturePreviewArea *m_previewArea = nullptr;
+    ClickableLabel *m_previewLabel = nullptr;
+    QString m_previewBackground; ///< The style sheet that the label gets with every picture.
+
+    // Profiles
+    QLabel *m_romIDLabel = nullptr;
+    QComboBox *m_autoloadProfileBox = nullptr;
+    QCheckBox *m_autosaveBox = nullptr;
+    QLabel *m_currentProfileLabel = nullptr;
+    QComboBox *m_profileBox = nullptr;
+    QLabel *m_unsavedFileListLabel = nullptr;
+
+    // Grid
+    QTableWidget *m_gridTable = nullptr;
+    QLabel *m_gridLabel = nullptr;
+};

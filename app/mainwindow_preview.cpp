@@ -1,0 +1,5 @@
+// SPDX-License-Identifier: MIT
+#include "app/mainwindow.h"
+
+void MainWindow::renderTexture() {}
+void MainWindow::togglePreviewBackground() {}

@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QString>
+
+/// What long work tells whoever runs it: the window's progress dialog, a terminal's bar, a test, or nobody.
+class Progress
+{
+public:
+    virtual ~Progress() = default;
+    virtual void setLabel(const QString &) {} ///< What is being worked on now.
+    virtual void setMaximum(int) {}           ///< The value that means done.
+    virtual void setValue(int) {}             ///< How far the work has come; may let the window handle events.
+    /// Lets pending events be handled and says whether the user has cancelled. Work that cannot be cancelled never asks.
+    virtual bool cancelled() { return false; }
+};
+
+/// Where work without a window leaves what it has to say on the way. The window writes it to its debug log and its
+/// status bar, the command line to standard error.
+class WorkLog
+{
+public:
+    virtual ~WorkLog() = default;
+    virtual void debug(const QString &) {}       ///< A line for the debug log, ready to print.
+    virtual void status(const QString &, int) {} ///< A message for the user, and the milliseconds it stays up.
+};

@@ -1,0 +1,7 @@
+// SPDX-License-Identifier: MIT
+#include "widgets/clickablelabel.h"
+
+void ClickableLabel::mousePressEvent(QMouseEvent *)
+{
+    emit clicked();
+}
