@@ -171,7 +171,8 @@ fileTreeNode::~fileTreeNode()
     NodeRegistry::instance().remove(this);
 }
 
-fileTreeFile::fileTreeFile() : name(defaultTextureName()), format(textureFormats::rgba32.name) {}
+// The format's name is spelt out: currentROM makes a texture before main(), when the format records may not be there yet.
+fileTreeFile::fileTreeFile() : name(defaultTextureName()), format(QStringLiteral("rgba32")) {}
 
 fileTreeFile::~fileTreeFile() = default;
 
@@ -354,7 +355,7 @@ void fileTreeDirectory::updateBoundary()
     }
     // The folder's own relative address is compared, not the real one.
     if (qint64(size) + address > currentROM.data.size() || size <= 0)
-        size = addWrapping(currentROM.data.size(), -qMax(address, -INT_MAX));
+        size = int(unsigned(currentROM.data.size()) - unsigned(address));
 }
 
 fileTreeFile *fileTreeDirectory::addFile(fileTreeFile *file)
