@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "app/treerow.h"
 #include "model/rom.h"
 #include "model/textureformat.h"
 
 #include <QFileDialog>
+#include <QIcon>
 #include <QImage>
 #include <QMainWindow>
 #include <QMap>
@@ -40,6 +42,9 @@ class MainWindow : public QMainWindow
 public:
     /// Item types of the tree's rows.
     enum RowType { TextureRow = 1001, FolderRow = 1002 };
+    /// The deepest level at which a folder gets a row; the root's is 0. Qt sorts, lays out and frees rows by recursion, so that
+    /// deeper ones could exhaust the stack. What lies deeper is part of the table all the same.
+    static constexpr int deepestFolderRow = 10000;
     /// Values of ROM::selectedType.
     enum SelectedType { NothingSelected = 0, FolderSelected = 1, TextureSelected = 2 };
 
@@ -171,6 +176,28 @@ private:
     QString cartridgeFolder() const;
     QString fileListPath() const; ///< Of the current profile.
     void showUnsavedFileListNotice();
+
+    /// Sorts the tree anew by the column and the order that its header shows.
+    void sortByCurrentColumn();
+    void addRow(QTreeWidgetItem *parentRow, QTreeWidgetItem *row);
+    QIcon iconOf(const fileTreeFile &texture) const;
+    void keepRemovedRow(QTreeWidgetItem *row);
+
+    QGroupBox *createFolderBox();
+    QGroupBox *createTextureBox();
+    void createPreviewBox();
+    void setFolderFieldsReadOnly(bool readOnly);
+    void setTextureFieldsReadOnly(bool readOnly);
+    void refreshSelectionStyle();
+    void showNoFolder();
+    void showNoTexture();
+    void showFolderFields(const fileTreeDirectory &folder);
+    void showTextureFields(const fileTreeFile &texture);
+    void showFieldsOfFormat(const QString &format);
+    void moveEditedTexture(const fileTreeDirectory &folder, int delta);
+    void followMovedFolder(const fileTreeDirectory &folder);
+    void clearPreview();
+    void showPreviewMessage(const QString &message);
     /// A modal progress dialog without a cancel button, as byte-order conversion and folder import show it, or with one.
     QProgressDialog *createProgressDialog(const QString &label, const QString &cancelText, int maximum);
 
@@ -187,6 +214,11 @@ private:
     QWidget *m_profilePanel = nullptr;
     QTreeWidget *m_treeWidget = nullptr;
     QWidget *m_gridPanel = nullptr;
+
+    QIcon m_emptyFolderIcon;
+    QIcon m_folderIcon;
+    QIcon m_fileIcon;
+    RemovedRow m_removedRow; ///< What was last taken out of the tree.
 
     QMenu *m_fileMenu = nullptr;
     QMenu *m_editMenu = nullptr;

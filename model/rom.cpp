@@ -3,6 +3,7 @@
 
 #include "model/debuglog.h"
 #include "model/textureformat.h"
+#include "model/wrapping.h"
 
 #include <QtEndian>
 
@@ -49,11 +50,6 @@ private:
 
 namespace
 {
-int addWrapping(int a, int b)
-{
-    return int(unsigned(a) + unsigned(b));
-}
-
 /// Sum of the folders' addresses from \a directory up to the root, whose own does not count.
 int addressOfFolders(const fileTreeDirectory *directory)
 {

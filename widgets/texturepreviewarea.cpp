@@ -1,5 +1,52 @@
 // SPDX-License-Identifier: MIT
 #include "widgets/texturepreviewarea.h"
 
-void TexturePreviewArea::dragEnterEvent(QDragEnterEvent *) {}
-void TexturePreviewArea::dropEvent(QDropEvent *) {}
+#include "model/debuglog.h"
+#include "model/rom.h"
+#include "model/textureformat.h"
+
+#include <QDragEnterEvent>
+#include <QDropEvent>
+#include <QFileInfo>
+#include <QMimeData>
+#include <QUrl>
+
+namespace
+{
+/// Whether a picture file of that suffix can take the selected texture's place.
+bool fitsSelectedTexture(const QString &suffix)
+{
+    const fileTreeFile *texture = currentROM.lastSelectedTexture;
+    if (!currentROM.loaded || !texture || !textureFormats::getAsMap().contains(texture->format))
+        return false;
+    if (texture->format == textureFormats::jpeg.name)
+        return suffix == QLatin1String("jpg") || suffix == QLatin1String("jpeg");
+    return suffix == QLatin1String("png");
+}
+}
+
+void TexturePreviewArea::dragEnterEvent(QDragEnterEvent *event)
+{
+    const QList<QUrl> urls = event->mimeData()->urls();
+    if (urls.isEmpty()) {
+        event->ignore();
+        return;
+    }
+    const QString path = urls.first().toLocalFile();
+    QUILLARY_DEBUG_AS("virtual void TexturePreviewArea::dragEnterEvent(QDragEnterEvent *)") << path;
+    if (urls.size() == 1 && fitsSelectedTexture(QFileInfo(path).suffix().toLower()))
+        event->acceptProposedAction();
+    else
+        event->ignore();
+}
+
+void TexturePreviewArea::dropEvent(QDropEvent *event)
+{
+    const QList<QUrl> urls = event->mimeData()->urls();
+    if (urls.isEmpty())
+        return;
+    event->acceptProposedAction();
+    // The window is called by name: it knows this widget, and the other way round would be a circle.
+    QMetaObject::invokeMethod(window(), "insertTexture", Qt::DirectConnection, Q_ARG(QString, urls.first().toLocalFile()),
+                              Q_ARG(fileTreeFile *, currentROM.lastSelectedTexture));
+}
