@@ -176,6 +176,15 @@ private:
     QString cartridgeFolder() const;
     QString fileListPath() const; ///< Of the current profile.
     void showUnsavedFileListNotice();
+    /// Writes the file table to \a path, whole or not at all. On failure it shows the box for an unwritable file and returns
+    /// false; the unsaved notice stays as it is either way.
+    bool writeFileListTo(const QString &path);
+    /// Writes the file table to the current profile and hides the unsaved notice. On failure it shows the box for an unwritable
+    /// file, the notice stays, and the result is false. This is what opening another image and closing the window call.
+    bool saveFileListOfOpenImage();
+    /// Asks what becomes of unsaved changes when the notice shows, and hides it unless the user cancels or saving fails; then the
+    /// result is false, and the table must stay. True without a question when nothing is unsaved.
+    bool mayReplaceFileTable();
 
     /// Sorts the tree anew by the column and the order that its header shows.
     void sortByCurrentColumn();

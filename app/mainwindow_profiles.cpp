@@ -14,3 +14,5 @@ void MainWindow::setAutoloadProfile(QString) {}
 QString MainWindow::cartridgeFolder() const { return QString(); }
 QString MainWindow::fileListPath() const { return QString(); }
 void MainWindow::showUnsavedFileListNotice() {}
+bool MainWindow::saveFileListOfOpenImage() { return true; }
+bool MainWindow::mayReplaceFileTable() { return true; }
