@@ -1,0 +1,133 @@
+// SPDX-License-Identifier: MIT
+#include "cli/cartridge.h"
+
+#include "cli/arguments.h"
+#include "cli/interrupt.h"
+#include "cli/output.h"
+#include "cli/terminalprogress.h"
+#include "model/hexnumber.h"
+#include "model/rom.h"
+#include "persist/imagefile.h"
+#include "persist/savefile.h"
+
+#include <QFileInfo>
+
+#include <cstring>
+
+namespace cli
+{
+namespace
+{
+/// Converts with a bar on the terminal.
+void convert(QByteArray *image, ByteOrder order, const QString &label, Streams &streams)
+{
+    TerminalProgress progress(streams.err);
+    progress.setMaximum(image->size());
+    progress.setLabel(label);
+    convertByteOrder(image, order, [&progress](int bytes) { progress.setValue(bytes); });
+}
+}
+
+QString byteOrderName(ByteOrder order)
+{
+    switch (order) {
+    case ByteOrder::BigEndian: return QStringLiteral("z64");
+    case ByteOrder::ByteSwapped: return QStringLiteral("v64");
+    case ByteOrder::LittleEndian: return QStringLiteral("n64");
+    case ByteOrder::Unknown: break;
+    }
+    return QStringLiteral("unknown");
+}
+
+ByteOrder byteOrderNamed(const QString &name)
+{
+    for (const ByteOrder order : {ByteOrder::BigEndian, ByteOrder::ByteSwapped, ByteOrder::LittleEndian}) {
+        if (name == byteOrderName(order))
+            return order;
+    }
+    return ByteOrder::Unknown;
+}
+
+bool openImage(const QString &path, OpenedImage *image, Streams &streams)
+{
+    QByteArray bytes;
+    QString error;
+    if (!readWholeFile(path, &bytes, &error)) {
+        streams.failed(QStringLiteral("Cannot read file %1: %2").arg(path, error));
+        return false;
+    }
+    image->path = path;
+    image->order = byteOrderOf(bytes);
+    convert(&bytes, image->order, QStringLiteral("Reading %1").arg(path), streams);
+    image->original = bytes;
+    currentROM.data = bytes;
+    currentROM.loaded = true;
+    currentROM.baseName = QFileInfo(path).completeBaseName();
+    currentROM.romID = image->order == ByteOrder::Unknown ? currentROM.baseName : cartridgeIdentifier(bytes);
+    currentROM.root->directories.clear();
+    currentROM.root->files.clear();
+    currentROM.root->size = bytes.size();
+    return true;
+}
+
+void checkOutputIsNotImage(const Arguments &arguments, const QString &imagePath)
+{
+    if (!arguments.isSet("output"))
+        return;
+    const QString image = QFileInfo(imagePath).canonicalFilePath();
+    if (!image.isEmpty() && QFileInfo(arguments.value("output")).canonicalFilePath() == image)
+        arguments.reject(QStringLiteral("--output names the image itself; use --in-place to write over it"));
+}
+
+QString changesBetween(const QByteArray &before, const QByteArray &after)
+{
+    const int common = qMin(before.size(), after.size());
+    int first = -1;
+    int last = -1;
+    qint64 count = 0;
+    const auto change = [&](int position) {
+        if (first < 0)
+            first = position;
+        last = position;
+        ++count;
+    };
+    for (int i = 0; i < common; ++i) {
+        if (before.at(i) != after.at(i))
+            change(i);
+    }
+    for (int i = common; i < qMax(before.size(), after.size()); ++i)
+        change(i);
+    if (count == 0)
+        return QString();
+    return QStringLiteral("%1 from %2 to %3").arg(counted(count, QStringLiteral("byte")), hexNumber(first), hexNumber(last));
+}
+
+int writeImage(const Arguments &arguments, const OpenedImage &image, Streams &streams, ByteOrder order)
+{
+    const QString path = arguments.isSet("output") ? arguments.value("output") : image.path;
+    if (arguments.isSet("dry-run")) {
+        const QString changes = changesBetween(image.original, currentROM.data);
+        streams.out
+            << QStringLiteral("Would change %1.\n").arg(changes.isEmpty() ? QStringLiteral("no byte of the image") : changes);
+        if (image.order != ByteOrder::Unknown && image.order != order)
+            streams.out
+                << QStringLiteral("Would turn the image from %1 to %2.\n").arg(byteOrderName(image.order), byteOrderName(order));
+        return Done;
+    }
+    QByteArray bytes = currentROM.data;
+    if (image.order != ByteOrder::Unknown && order != ByteOrder::BigEndian) {
+        // A copy in another order lives beside nothing else: the image itself is not needed any more.
+        currentROM.data.clear();
+        convert(&bytes, order, QStringLiteral("Converting to %1").arg(byteOrderName(order)), streams);
+    }
+    if (interrupted())
+        return streams.failed(QStringLiteral("Interrupted; %1 was not written").arg(path));
+    QString error;
+    if (!saveWhole(path, bytes, &error))
+        return streams.failed(QStringLiteral("Cannot write file %1: %2").arg(path, error));
+    streams.out << QStringLiteral("Wrote ") << printable(path)
+                << QStringLiteral(" (%1, ").arg(byteOrderName(image.order == ByteOrder::Unknown ? ByteOrder::Unknown : order))
+                << counted(bytes.size(), QStringLiteral("byte")) << QStringLiteral(").\n");
+    return Done;
+}
+}

@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "cli/command.h"
+#include "model/byteorder.h"
+
+#include <QString>
+
+namespace cli
+{
+class Arguments;
+
+/// What the file of the loaded image was like. The image itself is in currentROM, big-endian.
+struct OpenedImage
+{
+    QString path;
+    ByteOrder order = ByteOrder::Unknown; ///< Of the file; Unknown for what is no cartridge image and was taken as it is.
+    QByteArray original; ///< The bytes at opening, big-endian; shared with currentROM until either changes.
+};
+
+/// "z64", "v64" or "n64"; "unknown" for Unknown.
+QString byteOrderName(ByteOrder order);
+
+/// The order of that name, Unknown for any other text.
+ByteOrder byteOrderNamed(const QString &name);
+
+/// Reads the image at \a path into currentROM with an empty file table. On failure the result is false and the reason is said.
+bool openImage(const QString &path, OpenedImage *image, Streams &streams);
+
+/// Rejects the arguments when --output names the image itself under whatever path: only --in-place may write over it.
+void checkOutputIsNotImage(const Arguments &arguments, const QString &imagePath);
+
+/// Writes currentROM's bytes, turned to \a order, where --output or --in-place says, whole or not at all, and says so on standard
+/// output; with --dry-run it only says what would change. Returns an exit status.
+int writeImage(const Arguments &arguments, const OpenedImage &image, Streams &streams, ByteOrder order = ByteOrder::BigEndian);
+
+/// "N bytes from ADDRESS to ADDRESS", about the bytes in which \a after differs from \a before; empty when they are the same.
+QString changesBetween(const QByteArray &before, const QByteArray &after);
+}

@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: MIT
+#include "cli/commandline.h"
+
+#include "cli/arguments.h"
+#include "cli/commandtable.h"
+#include "cli/output.h"
+
+#include <algorithm>
+
+namespace cli
+{
+namespace
+{
+QString overview()
+{
+    QString text = QStringLiteral("Usage: quillary-cli COMMAND [options] IMAGE ...\n"
+                                  "Explore and edit the textures inside Nintendo 64 cartridge images.\n\nCommands:\n");
+    for (const Command &command : commands())
+        text += QLatin1String("  ") + command.name.leftJustified(15) + command.summary + QLatin1Char('\n');
+    return text
+        + QStringLiteral("\nOptions:\n"
+                         "  -h, --help     Show this help and end; behind a command, that command's.\n"
+                         "  -v, --version  Show the version and end.\n\n"
+                         "Numbers are decimal or, with 0x before them, hexadecimal.\n"
+                         "Exit status: 0 done, 1 could not be done or a check found something, 2 wrong usage.\n");
+}
+
+int wrongUsage(const QString &message, QTextStream &err)
+{
+    err << QStringLiteral("quillary-cli: %1\nTry \"quillary-cli --help\".\n").arg(printable(message));
+    return WrongUsage;
+}
+
+int runCommand(const Command &command, const QStringList &given, Streams &streams)
+{
+    const Arguments arguments(command, given);
+    if (arguments.wantsHelp()) {
+        streams.out << arguments.helpText();
+        return Done;
+    }
+    if (arguments.rejected(streams))
+        return WrongUsage;
+    return command.run(arguments, streams);
+}
+}
+
+const QList<Command> &commands()
+{
+    static const QList<Command> all {infoCommand(), convertCommand(), checksumCommand()};
+    return all;
+}
+
+int run(const QStringList &arguments, QTextStream &out, QTextStream &err)
+{
+    const QString first = arguments.value(1);
+    if (first.isEmpty())
+        return wrongUsage(QStringLiteral("No command is given"), err);
+    if (first == QLatin1String("--help") || first == QLatin1String("-h")) {
+        out << overview();
+        return Done;
+    }
+    if (first == QLatin1String("--version") || first == QLatin1String("-v")) {
+        out << QStringLiteral("quillary-cli " QUILLARY_VERSION "\n");
+        return Done;
+    }
+    const auto command =
+        std::find_if(commands().begin(), commands().end(), [&first](const Command &one) { return one.name == first; });
+    if (command == commands().end()) {
+        const bool option = first.startsWith(QLatin1Char('-'));
+        return wrongUsage((option ? QStringLiteral("The command comes before the options, but \"%1\" came first")
+                                  : QStringLiteral("There is no command \"%1\""))
+                              .arg(first),
+                          err);
+    }
+    Streams streams(out, err);
+    return runCommand(*command, arguments, streams);
+}
+}

@@ -1,0 +1,11 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "cli/command.h"
+
+namespace cli
+{
+Command infoCommand();
+Command convertCommand();
+Command checksumCommand();
+}
