@@ -1,12 +1,152 @@
 // SPDX-License-Identifier: MIT
 #include "codec/texturemanipulator.h"
 
-QImage textureManipulator::generateTexture(QByteArray, textureFormat, int, QByteArray)
+#include "codec/decode.h"
+#include "codec/encode.h"
+#include "codec/pixelsource.h"
+
+#include <QBuffer>
+#include <QImageReader>
+#include <QVector>
+
+#include <algorithm>
+#include <array>
+#include <limits>
+
+namespace
 {
-    return QImage();
+/// Pixels that one step of encoding takes where a picture has to be converted first: even, so that pairs stay together, and few
+/// enough to stay in the first cache.
+constexpr int chunkPixels = 2048;
+
+/// A JPEG may claim any size up to 65,535 x 65,535 in a few bytes; more pixels than this (256 MiB) are not made room for.
+constexpr qint64 maximumJpegPixels = 64 * 1024 * 1024;
+
+const uchar *bytesOf(const QByteArray &data)
+{
+    return reinterpret_cast<const uchar *>(data.constData());
 }
 
-QByteArray textureManipulator::generateData(QImage, textureFormat)
+QImage jpegPicture(const QByteArray &data)
 {
-    return QByteArray();
+    QBuffer buffer;
+    buffer.setData(data);
+    const QSize size = QImageReader(&buffer, "JPEG").size();
+    QImage image;
+    if (size.isValid() && qint64(size.width()) * size.height() <= maximumJpegPixels)
+        image.loadFromData(data, "JPEG");
+    return image;
+}
+
+/// Rows of \a width texels that \a bytes bytes hold, 0 also where the numbers make no sense.
+int wholeRows(int bytes, double bytesPerPixel, int width)
+{
+    if (!(bytesPerPixel > 0) || width <= 0)
+        return 0;
+    const double rows = double(bytes) / bytesPerPixel / width;
+    return rows <= std::numeric_limits<int>::max() ? int(rows) : 0;
+}
+
+/// The colour table that the rgb5a1 words in \a palette make: of the 256 or 16 colours a coding uses, all or none.
+QVector<QRgb> colourTable(TexelCoding coding, const QByteArray &palette)
+{
+    QVector<QRgb> colours(256, qRgba(0, 0, 0, 255));
+    const int used = coding == TexelCoding::Ci8 ? 256 : 16;
+    if (palette.size() >= 2 * used)
+        decodeColours(TexelCoding::Rgb5a1, bytesOf(palette), colours.data(), used);
+    return colours;
+}
+
+/// \a texels texels of \a data, row by row; where there are fewer than the image has pixels, the rest is index 0.
+void fillIndices(TexelCoding coding, const QByteArray &data, qint64 texels, QImage *image)
+{
+    const int width = image->width();
+    for (int y = 0; y < image->height(); ++y) {
+        const qint64 first = qint64(y) * width;
+        const int present = int(qBound(qint64(0), texels - first, qint64(width)));
+        uchar *row = image->scanLine(y);
+        decodeIndices(coding, bytesOf(data), first, row, present);
+        std::fill(row + present, row + width, uchar(0));
+    }
+}
+
+/// As fillIndices(), with transparent black for the rest. Rows of 32-bit pixels follow each other without a gap, so the image is
+/// filled as if it were one row.
+void fillColours(TexelCoding coding, const QByteArray &data, qint64 texels, QImage *image)
+{
+    const qint64 count = qint64(image->width()) * image->height();
+    const qint64 present = std::min(count, texels);
+    QRgb *pixels = reinterpret_cast<QRgb *>(image->bits());
+    decodeColours(coding, bytesOf(data), pixels, present);
+    std::fill(pixels + present, pixels + count, 0U);
+}
+
+QByteArray encodedColours(TexelCoding coding, const PixelSource &source, int bytes)
+{
+    QByteArray result(bytes, Qt::Uninitialized);
+    uchar *out = reinterpret_cast<uchar *>(result.data());
+    if (const QRgb *pixels = source.wholePicture()) {
+        encodeColours(coding, pixels, source.count(), out);
+        return result;
+    }
+    std::array<QRgb, chunkPixels> chunk;
+    for (qint64 first = 0; first < source.count(); first += chunkPixels) {
+        const int count = int(std::min(source.count() - first, qint64(chunkPixels)));
+        source.colours(first, count, chunk.data());
+        encodeColours(coding, chunk.data(), count, out + first * bitsPerTexel(coding) / 8);
+    }
+    return result;
+}
+
+QByteArray encodedIndices(TexelCoding coding, const PixelSource &source, int bytes)
+{
+    QByteArray result(bytes, Qt::Uninitialized);
+    uchar *out = reinterpret_cast<uchar *>(result.data());
+    if (coding == TexelCoding::Ci8) {
+        source.indices(0, bytes, out);
+        return result;
+    }
+    std::array<uchar, chunkPixels> chunk;
+    for (qint64 first = 0; first < source.count(); first += chunkPixels) {
+        const int count = int(std::min(source.count() - first, qint64(chunkPixels)));
+        source.indices(first, count, chunk.data());
+        packIndexPairs(chunk.data(), count, out + first / 2);
+    }
+    return result;
+}
+}
+
+QImage textureManipulator::generateTexture(QByteArray data, textureFormat format, int width, QByteArray palette)
+{
+    const TexelCoding coding = codingOf(format.name);
+    if (coding == TexelCoding::Jpeg)
+        return jpegPicture(data);
+    const int height = wholeRows(data.size(), format.bytesPerPixel, width);
+    if (coding == TexelCoding::Unknown || isIndexed(coding) != format.usesPalette || height == 0)
+        return QImage();
+    QImage image(width, height, isIndexed(coding) ? QImage::Format_Indexed8 : QImage::Format_ARGB32);
+    if (image.isNull())
+        return image;
+    const qint64 texels = qint64(data.size()) * 8 / bitsPerTexel(coding);
+    if (isIndexed(coding)) {
+        image.setColorTable(colourTable(coding, palette));
+        fillIndices(coding, data, texels, &image);
+    } else {
+        fillColours(coding, data, texels, &image);
+    }
+    return image;
+}
+
+QByteArray textureManipulator::generateData(QImage image, textureFormat format)
+{
+    const TexelCoding coding = codingOf(format.name);
+    if (coding == TexelCoding::Unknown || coding == TexelCoding::Jpeg || image.isNull())
+        return QByteArray();
+    const PixelSource source(image);
+    const qint64 bytes = (source.count() * bitsPerTexel(coding) + 7) / 8;
+    // A byte array is shorter than 2 GiB; a picture that encodes to more fits no cartridge either.
+    constexpr qint64 maximumBytes = std::numeric_limits<int>::max() / 2;
+    if (bytes > maximumBytes)
+        return QByteArray();
+    return isIndexed(coding) ? encodedIndices(coding, source, int(bytes)) : encodedColours(coding, source, int(bytes));
 }
