@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QImage>
+#include <QSize>
+#include <QString>
+
+/// Pixels that a picture may have to be loaded or scaled to: far more than any texture, and few enough to fit in memory.
+constexpr qint64 maximumPicturePixels = 64 * 1024 * 1024;
+
+/// Whether a picture of \a size has no more than maximumPicturePixels.
+bool isAcceptablePictureSize(const QSize &size);
+
+/// The picture in the file at \a path, its format told by its content. Null when there is none, when it does not decode, or when
+/// it claims to be larger than maximumPicturePixels; such a picture is not decoded at all.
+QImage loadPicture(const QString &path);
