@@ -207,6 +207,10 @@ private:
     void followMovedFolder(const fileTreeDirectory &folder);
     void clearPreview();
     void showPreviewMessage(const QString &message);
+
+    void saveSelectedTexture(); ///< saveTexture() for a texture.
+    void saveSelectedFolder();  ///< saveTexture() for a folder.
+
     /// A modal progress dialog without a cancel button, as byte-order conversion and folder import show it, or with one.
     QProgressDialog *createProgressDialog(const QString &label, const QString &cancelText, int maximum);
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "support/pictures.h"
 #include "codec/pictureloader.h"
+#include "support/pictures.h"
 
 #include <QTemporaryDir>
 #include <QTest>

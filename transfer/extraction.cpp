@@ -1,0 +1,195 @@
+// SPDX-License-Identifier: MIT
+#include "transfer/extraction.h"
+
+#include "codec/texturemanipulator.h"
+#include "model/textureformat.h"
+#include "persist/savefile.h"
+#include "transfer/debugline.h"
+
+#include <QBuffer>
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QImage>
+
+namespace
+{
+QString translate(const char *text)
+{
+    return QCoreApplication::translate("Extraction", text);
+}
+
+/// Writes a file that does not exist yet; saving by way of a second file, flushed to the disk, would make a folder of thousands
+/// slow, and there is no older content to keep.
+bool writeNew(const QString &path, const QByteArray &bytes, QString *error)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly)) {
+        *error = file.errorString();
+        return false;
+    }
+    if (file.write(bytes) == bytes.size() && file.flush())
+        return true;
+    *error = file.errorString();
+    file.remove();
+    return false;
+}
+
+bool writeFile(const QString &path, const QByteArray &bytes, QString *error)
+{
+    const QFileInfo info(path);
+    if (!info.exists() && !info.isSymLink())
+        return writeNew(path, bytes, error);
+    // Opening a pipe would wait for a reader.
+    if (info.exists() && !info.isFile()) {
+        *error = translate("There is something of that name that is no regular file");
+        return false;
+    }
+    return saveWhole(path, bytes, error);
+}
+
+QByteArray encodedAsPng(const QImage &image)
+{
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    return image.save(&buffer, "PNG") ? buffer.data() : QByteArray();
+}
+
+/// Whether \a name stays within its folder when it is used as a file name. An empty one does: the folder itself.
+bool staysInFolder(const QString &name)
+{
+    if (name == QLatin1String("..") || name.contains(QLatin1Char('/')) || name.contains(QChar(0)))
+        return false;
+#ifdef Q_OS_WIN
+    return !name.contains(QLatin1Char('\\')) && !name.contains(QLatin1Char(':'));
+#else
+    return true;
+#endif
+}
+
+class FolderExtractor
+{
+public:
+    FolderExtractor(const QString &path, WorkLog *log) : m_path(path), m_log(log) { }
+
+    FolderExtraction run(const fileTreeDirectory *top)
+    {
+        QDir().mkpath(m_path);
+        m_canonicalPath = QFileInfo(m_path).canonicalFilePath();
+        // An own stack: how deep a table goes is up to whoever wrote it.
+        QList<Step> stack {{m_path, top}};
+        while (!stack.isEmpty()) {
+            const Step step = stack.takeLast();
+            const QString target = step.path + QLatin1Char('/') + step.directory->name;
+            if (!makeDirectory(*step.directory, target))
+                continue;
+            for (const fileTreeFile *texture : step.directory->files)
+                extract(*texture, target);
+            for (int i = step.directory->directories.size() - 1; i >= 0; --i)
+                stack.append({target, step.directory->directories.at(i)});
+        }
+        return m_result;
+    }
+
+private:
+    struct Step
+    {
+        QString path; ///< Of the directory on disk that holds this one.
+        const fileTreeDirectory *directory;
+    };
+
+    /// Whether \a path, whose folder lies in the chosen one, is a link that leads out of that, or nowhere.
+    bool leadsOut(const QString &path) const
+    {
+        const QFileInfo info(path);
+        if (!info.isSymLink())
+            return false;
+        const QString canonical = info.canonicalFilePath();
+        const QString prefix = m_canonicalPath.endsWith(QLatin1Char('/')) ? m_canonicalPath : m_canonicalPath + QLatin1Char('/');
+        return canonical != m_canonicalPath && !canonical.startsWith(prefix);
+    }
+
+    void leaveOut(const QString &pathInTable, const QString &reason)
+    {
+        m_result.problems.append(pathInTable + QLatin1String(": ") + reason);
+    }
+
+    bool makeDirectory(const fileTreeDirectory &directory, const QString &target)
+    {
+        if (!staysInFolder(directory.name)) {
+            leaveOut(directory.path() + directory.name, translate("Its name is no name for a directory"));
+            return false;
+        }
+        if (!QDir(target).exists() && !QDir(target).mkpath(QStringLiteral("."))) {
+            leaveOut(directory.path() + directory.name, translate("The directory could not be created"));
+            return false;
+        }
+        if (leadsOut(target)) {
+            leaveOut(directory.path() + directory.name, translate("A link of that name leads out of the chosen folder"));
+            return false;
+        }
+        return true;
+    }
+
+    void extract(const fileTreeFile &texture, const QString &directory)
+    {
+        const QString fileName = directory + QLatin1Char('/') + texture.name + pictureExtension(texture.format);
+        QString error;
+        if (!staysInFolder(texture.name))
+            error = translate("Its name is no name for a file");
+        else if (leadsOut(fileName))
+            error = translate("A link of that name leads out of the chosen folder");
+        else if (extractTexture(texture, fileName, m_log, &error) == ExtractOutcome::Extracted)
+            ++m_result.written;
+        if (!error.isEmpty())
+            leaveOut(texture.path() + texture.name, error);
+    }
+
+    QString m_path;
+    QString m_canonicalPath;
+    WorkLog *m_log;
+    FolderExtraction m_result;
+};
+}
+
+QString pictureExtension(const QString &format)
+{
+    return format.toLower() == textureFormats::jpeg.name ? QStringLiteral(".jpeg") : QStringLiteral(".png");
+}
+
+ExtractOutcome extractTexture(const fileTreeFile &texture, const QString &path, WorkLog *log, QString *error)
+{
+    if (!texture.exists()) {
+        *error = translate("It has no data");
+        return ExtractOutcome::MissingData;
+    }
+    const QMap<QString, textureFormat> formats = textureFormats::getAsMap();
+    const auto record = formats.constFind(texture.format);
+    if (record == formats.constEnd()) {
+        *error = translate("Its format is not supported");
+        return ExtractOutcome::UnknownFormat;
+    }
+    log->debug(debugLine(static_cast<const QString &>(texture.name), texture.format, texture.width, texture.height));
+    if (texture.format == textureFormats::jpeg.name)
+        return writeFile(path, texture.data(), error) ? ExtractOutcome::Extracted : ExtractOutcome::NotWritten;
+
+    const QImage image = textureManipulator::generateTexture(texture.data(), *record, texture.width, texture.palette());
+    if (image.isNull()) {
+        *error = translate("Its data gives no picture");
+        return ExtractOutcome::NotDecodable;
+    }
+    log->debug(debugLine("Saving texture in format", int(image.format())));
+    log->debug(debugLine("Texture format palette colors:", image.colorCount()));
+    const QByteArray png = encodedAsPng(image);
+    if (png.isEmpty()) {
+        *error = translate("It could not be encoded as PNG");
+        return ExtractOutcome::NotWritten;
+    }
+    return writeFile(path, png, error) ? ExtractOutcome::Extracted : ExtractOutcome::NotWritten;
+}
+
+FolderExtraction extractFolder(const QString &path, const fileTreeDirectory *directory, WorkLog *log)
+{
+    return FolderExtractor(path, log).run(directory);
+}

@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "model/progress.h"
+#include "model/rom.h"
+
+#include <QString>
+#include <QStringList>
+
+/// What came of extracting a texture.
+enum class ExtractOutcome {
+    Extracted,
+    MissingData, ///< The entry does not say enough to be read.
+    UnknownFormat, ///< Its format is not in the format table.
+    NotDecodable, ///< Its bytes give no picture.
+    NotWritten, ///< The file could not be written; an old one is as it was.
+};
+
+/// The extension of the file that holds a texture of \a format: ".jpeg" for "jpeg" in any case, else ".png".
+QString pictureExtension(const QString &format);
+
+/// Writes \a texture, as the loaded image holds it, to the file at \a path: a JPEG's bytes as they are, else a PNG. The file is
+/// written whole or not at all, and \a error says why it was not written.
+ExtractOutcome extractTexture(const fileTreeFile &texture, const QString &path, WorkLog *log, QString *error);
+
+/// What came of extracting a folder.
+struct FolderExtraction
+{
+    int written = 0; ///< Files.
+    QStringList problems; ///< One line for each texture or folder that was left out: its path in the table, ": ", the reason.
+};
+
+/// Writes \a directory and all below it into the folder at \a path: each folder as a directory of its name, an empty one too, and
+/// each texture as a file of its name. Nothing is written outside \a path: a name that is no plain file name, and a symbolic link
+/// that leads out, are left out as a file that cannot be written is.
+FolderExtraction extractFolder(const QString &path, const fileTreeDirectory *directory, WorkLog *log);

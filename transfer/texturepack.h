@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "model/progress.h"
+#include "model/rom.h"
+#include "transfer/texturewriter.h"
+
+#include <QByteArray>
+#include <QString>
+
+/// What importing a texture pack added to the table.
+struct TexturePackImport
+{
+    int folders = 0;
+    int textures = 0;
+    fileTreeDirectory *lastFolder = nullptr; ///< The folder added last, null when there is none; not owned.
+};
+
+/// Adds to \a root what the texture pack in the directory at \a path describes, and hands its pictures to \a write.
+///
+/// A directory named "A_<hexadecimal>_<name>" becomes a folder at that address; with "P" the address is that of the big-endian
+/// word in \a cartridge that holds the folder's, and a directory whose word lies outside or in the first four bytes is left out.
+/// A file in it named "<hexadecimal>_<format>_<name>" becomes a texture; the number is its offset in the folder, and also the
+/// absolute address at which its picture is written. Digits are upper case; a number from 80000000 on is a negative address,
+/// which is kept in the table but never written to. What is named otherwise is left out, and so are links that lead out of the
+/// pack. \a cartridge is read while \a write may change it.
+TexturePackImport importPack(const QString &path, fileTreeDirectory *root, const QByteArray &cartridge, const TextureSink &write,
+                             WorkLog *log);
