@@ -14,6 +14,7 @@
 #include <QStringList>
 
 class ClickableLabel;
+class ProfileStore;
 class Progress;
 class QCheckBox;
 class QComboBox;
@@ -185,6 +186,13 @@ private:
     /// Asks what becomes of unsaved changes when the notice shows, and hides it unless the user cancels or saving fails; then the
     /// result is false, and the table must stay. True without a question when nothing is unsaved.
     bool mayReplaceFileTable();
+    /// As writeFileListTo(), to the list of \a profile; a name that leads out of the profiles folder counts as unwritable.
+    bool writeFileListOf(const QString &profile);
+    QString selectedProfile() const;
+    void replaceUnusableAutoloadProfile();
+    ProfileStore profileStore() const;
+    QGroupBox *createGlobalSettingsBox();
+    QGroupBox *createProfileSettingsBox();
 
     /// Sorts the tree anew by the column and the order that its header shows.
     void sortByCurrentColumn();

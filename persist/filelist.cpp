@@ -1,0 +1,224 @@
+// SPDX-License-Identifier: MIT
+#include "persist/filelist.h"
+
+#include "model/hexnumber.h"
+#include "model/rom.h"
+#include "model/textureformat.h"
+#include "persist/xmltext.h"
+
+#include <QIODevice>
+#include <QVector>
+#include <QXmlStreamReader>
+#include <QXmlStreamWriter>
+
+namespace
+{
+constexpr int versionOfFileElements = 1; // Called its textures "file".
+
+/// Deeper elements stand in one line: with a tab for each level the document would grow with the square of the depth, and a small
+/// hostile list of a hundred thousand levels would become one of many gigabytes.
+constexpr int deepestIndentation = 8192;
+
+class FileListReader
+{
+public:
+    FileListReader(QIODevice *device, int imageSize, fileTreeDirectory *root, FileListObserver *observer)
+        : m_xml(device), m_imageSize(imageSize), m_root(root), m_observer(observer)
+    {
+    }
+
+    bool read(QString *error)
+    {
+        while (!m_xml.atEnd()) {
+            const QXmlStreamReader::TokenType token = m_xml.readNext();
+            if (token == QXmlStreamReader::StartElement)
+                startElement();
+            else if (token == QXmlStreamReader::EndElement && m_xml.name() == QLatin1String("directory"))
+                endDirectory();
+        }
+        if (!m_xml.hasError())
+            return true;
+        *error = m_xml.errorString();
+        return false;
+    }
+
+private:
+    void startElement()
+    {
+        const QStringRef name = m_xml.name();
+        if (name == m_textureElement)
+            addTexture();
+        else if (name == QLatin1String("directory"))
+            startDirectory();
+        else if (name == QLatin1String("root") || name == QLatin1String("fileTable"))
+            startDocument();
+    }
+
+    void startDocument()
+    {
+        if (m_xml.attributes().value(QLatin1String("version")).toInt() == versionOfFileElements)
+            m_textureElement = QLatin1String("file");
+        m_folder = m_root;
+    }
+
+    void startDirectory()
+    {
+        if (!m_folder)
+            return;
+        auto *directory = new fileTreeDirectory;
+        directory->size = 0;
+        const QXmlStreamAttributes attributes = m_xml.attributes();
+        for (const QXmlStreamAttribute &attribute : attributes) {
+            const QStringRef name = attribute.qualifiedName();
+            if (name == QLatin1String("name"))
+                directory->name = attribute.value().toString();
+            else if (name == QLatin1String("address"))
+                directory->address = parseHexadecimal(attribute.value());
+            else if (name == QLatin1String("size"))
+                directory->size = parseHexadecimal(attribute.value());
+        }
+        if (directory->address < 0 || directory->address > m_imageSize)
+            directory->address = 0;
+        if (directory->size <= 0)
+            directory->size = m_imageSize - directory->address;
+        m_folder = m_folder->addDirectory(directory);
+        if (m_observer)
+            m_observer->directoryStarted(m_folder);
+    }
+
+    void endDirectory()
+    {
+        if (!m_folder)
+            return;
+        if (m_observer)
+            m_observer->directoryEnded(m_folder);
+        m_folder = m_folder == m_root ? nullptr : m_folder->parent;
+    }
+
+    void addTexture()
+    {
+        if (!m_folder)
+            return;
+        auto *texture = new fileTreeFile;
+        const QXmlStreamAttributes attributes = m_xml.attributes();
+        for (const QXmlStreamAttribute &attribute : attributes) {
+            const QStringRef name = attribute.qualifiedName();
+            if (name == QLatin1String("name"))
+                texture->name = attribute.value().toString();
+            else if (name == QLatin1String("address"))
+                texture->address = parseHexadecimal(attribute.value());
+            else if (name == QLatin1String("format"))
+                texture->format = attribute.value().toString();
+            else if (name == QLatin1String("width"))
+                texture->width = attribute.value().toInt();
+            else if (name == QLatin1String("height"))
+                texture->height = attribute.value().toInt();
+            else if (name == QLatin1String("palette"))
+                texture->paletteAddress = parseHexadecimal(attribute.value());
+        }
+        m_folder->addFile(texture);
+        if (m_observer)
+            m_observer->fileAdded(texture);
+    }
+
+    QXmlStreamReader m_xml;
+    int m_imageSize;
+    fileTreeDirectory *m_root;
+    FileListObserver *m_observer;
+    fileTreeDirectory *m_folder = nullptr; ///< Where elements go; null before the document element and after a stray end.
+    QLatin1String m_textureElement {"texture"};
+};
+
+void writeDirectoryAttributes(QXmlStreamWriter *writer, const fileTreeDirectory &directory)
+{
+    writer->writeAttribute(QStringLiteral("name"), xmlText(directory.name));
+    writer->writeAttribute(QStringLiteral("address"), hexNumber(directory.address));
+    writer->writeAttribute(QStringLiteral("size"), hexNumber(directory.size));
+}
+
+void writeTexture(QXmlStreamWriter *writer, const fileTreeFile &texture, const QMap<QString, textureFormat> &formats)
+{
+    writer->writeEmptyElement(QStringLiteral("texture"));
+    writer->writeAttribute(QStringLiteral("name"), xmlText(texture.name));
+    writer->writeAttribute(QStringLiteral("address"), hexNumber(texture.address));
+    writer->writeAttribute(QStringLiteral("format"), xmlText(texture.format));
+    if (texture.format.compare(QLatin1String("jpeg"), Qt::CaseInsensitive) != 0) {
+        writer->writeAttribute(QStringLiteral("width"), QString::number(texture.width));
+        writer->writeAttribute(QStringLiteral("height"), QString::number(texture.height));
+    }
+    const auto format = formats.constFind(texture.format);
+    if (format != formats.constEnd() && format->usesPalette)
+        writer->writeAttribute(QStringLiteral("palette"), hexNumber(texture.paletteAddress));
+}
+
+void sortAll(fileTreeDirectory *root)
+{
+    root->sort();
+    const QList<fileTreeDirectory *> directories = fileTreeContainer().allDirectories(root);
+    for (fileTreeDirectory *directory : directories)
+        directory->sort();
+}
+}
+
+bool readFileList(QIODevice *device, int imageSize, fileTreeDirectory *root, FileListObserver *observer, QString *error)
+{
+    return FileListReader(device, imageSize, root, observer).read(error);
+}
+
+bool writeFileList(fileTreeDirectory *root, QIODevice *device, QString *error)
+{
+    sortAll(root);
+    QXmlStreamWriter writer(device);
+    writer.setAutoFormatting(true);
+    writer.setAutoFormattingIndent(-1); // one tab
+    writer.writeStartDocument();
+    writer.writeComment(QStringLiteral("This list was created using Brimholt's Quillary."));
+    writer.writeComment(
+        QStringLiteral("The root version attribute is used by the parser to determine how it should read the data. "
+                       "Do not change it unless you know what you're doing."));
+    writer.writeStartElement(QStringLiteral("root"));
+    writer.writeAttribute(QStringLiteral("version"), QStringLiteral("2"));
+    writeFolder(&writer, root);
+    writer.writeEndElement();
+    writer.writeEndDocument();
+    if (!writer.hasError())
+        return true;
+    *error = device->errorString();
+    return false;
+}
+
+void writeFolder(QXmlStreamWriter *writer, const fileTreeDirectory *directory)
+{
+    struct OpenFolder
+    {
+        const fileTreeDirectory *folder;
+        int nextChild;
+    };
+    const QMap<QString, textureFormat> formats = textureFormats::getAsMap();
+    const bool formatting = writer->autoFormatting();
+    const auto formatLevel = [writer, formatting](int level) {
+        writer->setAutoFormatting(formatting && level <= deepestIndentation);
+    };
+
+    if (!directory->isRoot)
+        writeDirectoryAttributes(writer, *directory);
+    QVector<OpenFolder> open {{directory, 0}};
+    while (!open.isEmpty()) {
+        OpenFolder &innermost = open.last();
+        formatLevel(open.size());
+        if (innermost.nextChild < innermost.folder->directories.size()) {
+            const fileTreeDirectory *child = innermost.folder->directories.at(innermost.nextChild++);
+            writer->writeStartElement(QStringLiteral("directory"));
+            writeDirectoryAttributes(writer, *child);
+            open.append({child, 0});
+            continue;
+        }
+        for (const fileTreeFile *texture : innermost.folder->files)
+            writeTexture(writer, *texture, formats);
+        open.removeLast();
+        formatLevel(open.size());
+        if (!open.isEmpty())
+            writer->writeEndElement();
+    }
+    writer->setAutoFormatting(formatting);
+}
