@@ -36,12 +36,17 @@ QString formatNames()
     return QStringList(textureFormats::getAsMap().keys()).join(QStringLiteral(", ")) + QStringLiteral(" (or rgba16 for rgb5a1)");
 }
 
+QCommandLineOption profilesOption()
+{
+    return {QStringLiteral("profiles"), QStringLiteral("The folder of all profiles; without it the one beside the program."),
+            QStringLiteral("DIR")};
+}
+
 QList<QCommandLineOption> profileOptions()
 {
     return {{QStringLiteral("profile"), QStringLiteral("The profile to use; without it the one that loads automatically."),
              QStringLiteral("NAME")},
-            {QStringLiteral("profiles"), QStringLiteral("The folder of all profiles; without it the one beside the program."),
-             QStringLiteral("DIR")}};
+            profilesOption()};
 }
 
 QList<QCommandLineOption> jsonOption()

@@ -21,6 +21,7 @@ std::optional<textureFormat> parsedFormat(const QString &text);
 QString formatNames();
 
 /// The options that several commands share.
+QCommandLineOption profilesOption();
 QList<QCommandLineOption> profileOptions();
 QList<QCommandLineOption> jsonOption();
 QList<QCommandLineOption> imageWritingOptions();

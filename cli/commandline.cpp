@@ -46,7 +46,7 @@ int runCommand(const Command &command, const QStringList &given, Streams &stream
 
 const QList<Command> &commands()
 {
-    static const QList<Command> all {infoCommand(), convertCommand(), checksumCommand()};
+    static const QList<Command> all {infoCommand(), convertCommand(), listCommand(), verifyCommand(), checksumCommand()};
     return all;
 }
 

@@ -7,5 +7,7 @@ namespace cli
 {
 Command infoCommand();
 Command convertCommand();
+Command listCommand();
+Command verifyCommand();
 Command checksumCommand();
 }

@@ -4,9 +4,11 @@
 #include "cli/checkcodes.h"
 #include "cli/commandtable.h"
 #include "cli/output.h"
+#include "cli/profile.h"
 #include "model/hexnumber.h"
 #include "model/rom.h"
 
+#include <QJsonArray>
 #include <QJsonObject>
 #include <QTextCodec>
 #include <QtEndian>
@@ -27,7 +29,7 @@ QString titleOf(const QByteArray &image)
     const char *characters = image.constData() + titleOffset;
     const int length = int(qstrnlen(characters, titleBytes));
     const QString title = codec ? codec->toUnicode(characters, length) : QString::fromLatin1(characters, length);
-    return printable(title).replace(QLatin1Char('\n'), QLatin1Char(' ')).trimmed();
+    return printable(title).trimmed();
 }
 
 quint32 clockRateOf(const QByteArray &image)
@@ -66,16 +68,82 @@ QJsonObject headerJson(const QByteArray &image)
             {QStringLiteral("checkCodes"), checkCodesOf(image).json()}};
 }
 
-QString text(const OpenedImage &image)
+/// A profile of the image and what its file list holds.
+struct ProfileCounts
+{
+    QString name;
+    bool autoload = false;
+    int folders = 0;
+    int textures = 0;
+    QString error; ///< Why the list could not be read whole; empty when it could, or when there is none yet.
+};
+
+ProfileCounts countsOf(const ProfileStore &store, const QString &name, const QString &autoload)
+{
+    ProfileCounts counts;
+    counts.name = name;
+    counts.autoload = name == autoload;
+    if (!store.hasFileList(name))
+        return counts;
+    auto *root = new fileTreeDirectory;
+    root->isRoot = true;
+    readProfile(store, name, root, &counts.error);
+    counts.folders = fileTreeContainer().allDirectories(root).size();
+    counts.textures = fileTreeContainer().allFiles(root).size();
+    return counts;
+}
+
+QList<ProfileCounts> profilesOf(const Arguments &arguments)
+{
+    const ProfileStore store(profilesFolder(arguments), currentROM.romID);
+    ProfileSettings settings;
+    QString error;
+    store.readSettings(&settings, &error);
+    QStringList names = store.profiles();
+    names.sort();
+    QList<ProfileCounts> profiles;
+    for (const QString &name : qAsConst(names))
+        profiles.append(countsOf(store, name, settings.autoload));
+    return profiles;
+}
+
+QString profilesText(const QList<ProfileCounts> &profiles)
+{
+    if (profiles.isEmpty())
+        return line(QStringLiteral("Profiles:"), QStringLiteral("none"));
+    QString text;
+    for (const ProfileCounts &profile : profiles) {
+        QString value = printable(profile.name) + QStringLiteral(": ") + counted(profile.folders, QStringLiteral("folder"))
+            + QStringLiteral(", ") + counted(profile.textures, QStringLiteral("texture"));
+        value += profile.autoload ? QStringLiteral(", loads automatically") : QString();
+        value += profile.error.isEmpty() ? QString() : QStringLiteral(", not readable to its end");
+        text += line(text.isEmpty() ? QStringLiteral("Profiles:") : QString(), value);
+    }
+    return text;
+}
+
+QJsonArray profilesJson(const QList<ProfileCounts> &profiles)
+{
+    QJsonArray array;
+    for (const ProfileCounts &profile : profiles)
+        array.append(QJsonObject {{QStringLiteral("name"), profile.name},
+                                  {QStringLiteral("autoload"), profile.autoload},
+                                  {QStringLiteral("folders"), profile.folders},
+                                  {QStringLiteral("textures"), profile.textures},
+                                  {QStringLiteral("error"), profile.error.isEmpty() ? QJsonValue() : QJsonValue(profile.error)}});
+    return array;
+}
+
+QString text(const OpenedImage &image, const QList<ProfileCounts> &profiles)
 {
     const QByteArray &bytes = currentROM.data;
     return line(QStringLiteral("File:"), printable(image.path)) + line(QStringLiteral("Byte order:"), orderText(image.order))
         + line(QStringLiteral("Size:"), QStringLiteral("%1 bytes (%2)").arg(bytes.size()).arg(hexNumber(bytes.size())))
         + line(QStringLiteral("Identifier:"), printable(currentROM.romID))
-        + (image.order == ByteOrder::Unknown ? QString() : headerText(bytes));
+        + (image.order == ByteOrder::Unknown ? QString() : headerText(bytes)) + profilesText(profiles);
 }
 
-QJsonObject json(const OpenedImage &image)
+QJsonObject json(const OpenedImage &image, const QList<ProfileCounts> &profiles)
 {
     const QByteArray &bytes = currentROM.data;
     const bool known = image.order != ByteOrder::Unknown;
@@ -83,21 +151,26 @@ QJsonObject json(const OpenedImage &image)
             {QStringLiteral("byteOrder"), known ? QJsonValue(byteOrderName(image.order)) : QJsonValue()},
             {QStringLiteral("size"), bytes.size()},
             {QStringLiteral("identifier"), currentROM.romID},
-            {QStringLiteral("header"), known ? QJsonValue(headerJson(bytes)) : QJsonValue()}};
+            {QStringLiteral("header"), known ? QJsonValue(headerJson(bytes)) : QJsonValue()},
+            {QStringLiteral("profiles"), profilesJson(profiles)}};
 }
 
 int run(const Arguments &arguments, Streams &streams)
 {
-    if (arguments.rejected(streams))
-        return WrongUsage;
     OpenedImage image;
     if (!openImage(arguments.positional(0), &image, streams))
         return Failed;
+    const QList<ProfileCounts> profiles = profilesOf(arguments);
     if (arguments.isSet("json"))
-        printJson(streams.out, json(image));
+        printJson(streams.out, json(image, profiles));
     else
-        streams.out << text(image);
-    return Done;
+        streams.out << text(image, profiles);
+    int status = Done;
+    for (const ProfileCounts &profile : profiles) {
+        if (!profile.error.isEmpty())
+            status = streams.failed(profile.error);
+    }
+    return status;
 }
 }
 
@@ -110,7 +183,7 @@ Command infoCommand()
                 "Shows byte order, size, header and check codes of the image, and the profiles that its identifier leads to."),
             1,
             1,
-            jsonOption(),
+            QList<QCommandLineOption> {profilesOption()} << jsonOption(),
             run};
 }
 }

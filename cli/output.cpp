@@ -12,7 +12,7 @@ namespace cli
 QString printable(QString text)
 {
     for (QChar &character : text) {
-        if (character.category() == QChar::Other_Control && character != QLatin1Char('\n'))
+        if (character.category() == QChar::Other_Control)
             character = QChar(QChar::ReplacementCharacter);
     }
     return text;

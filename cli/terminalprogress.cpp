@@ -72,7 +72,7 @@ void TerminalProgress::draw()
     m_drawnPercent = percent;
     const QString bar = QString(percent * barWidth / 100, QLatin1Char('#')).leftJustified(barWidth, QLatin1Char('.'));
     m_err << "\r\033[K[" << bar << "] " << QString::number(percent).rightJustified(3) << "% "
-          << printable(m_label).replace(QLatin1Char('\n'), QLatin1Char(' ')).left(labelWidth);
+          << printable(m_label).left(labelWidth);
     m_err.flush();
 }
 }

@@ -81,7 +81,7 @@ private slots:
         writeFile(m_path, m_image);
         const CommandCall info = call({"info", m_path});
         QVERIFY(!info.out.contains(QChar(0x1B)));
-        QVERIFY(info.out.contains(" hot title"));
+        QVERIFY(info.out.contains(" hot\uFFFDtitle"));
     }
 
     void convertWritesEveryOrderFromEveryOrder_data()

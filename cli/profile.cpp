@@ -1,0 +1,117 @@
+// SPDX-License-Identifier: MIT
+#include "cli/profile.h"
+
+#include "cli/arguments.h"
+#include "cli/interrupt.h"
+#include "cli/output.h"
+#include "model/rom.h"
+#include "persist/filelist.h"
+#include "persist/savefile.h"
+#include "persist/xmltext.h"
+
+#include <QCoreApplication>
+#include <QFile>
+
+namespace cli
+{
+namespace
+{
+/// Fills in the profile's name: the one given, or what settings.xml says.
+bool chooseName(const Arguments &arguments, ChosenProfile *profile, QString *error)
+{
+    profile->folder = profilesFolder(arguments);
+    if (!ProfileStore::isSafeName(currentROM.romID)) {
+        *error = QStringLiteral("The identifier \"%1\" cannot name a folder of profiles").arg(currentROM.romID);
+        return false;
+    }
+    ProfileSettings settings;
+    QString reason;
+    if (arguments.isSet("profile"))
+        profile->name = arguments.value("profile");
+    else if (profile->store().readSettings(&settings, &reason) != ProfileStore::Reading::Malformed)
+        profile->name = settings.autoload;
+    else
+        *error = QStringLiteral("Cannot read file %1: %2").arg(profile->store().settingsPath(), reason);
+    if (!error->isEmpty())
+        return false;
+    if (!ProfileStore::isSafeName(profile->name))
+        *error = QStringLiteral("\"%1\" cannot name a profile").arg(profile->name);
+    return error->isEmpty();
+}
+}
+
+ProfileStore ChosenProfile::store() const
+{
+    return ProfileStore(folder, currentROM.romID);
+}
+
+QString profilesFolder(const Arguments &arguments)
+{
+    if (!arguments.isSet("profiles"))
+        return QCoreApplication::applicationDirPath() + QStringLiteral("/profiles/");
+    const QString folder = arguments.value("profiles");
+    return folder.endsWith(QLatin1Char('/')) ? folder : folder + QLatin1Char('/');
+}
+
+bool readProfile(const ProfileStore &store, const QString &name, fileTreeDirectory *root, QString *error)
+{
+    QFile file(store.fileListPath(name));
+    if (openXmlFile(&file) && readFileList(&file, currentROM.data.size(), root, nullptr, error))
+        return true;
+    *error = QStringLiteral("Cannot read file %1: %2").arg(file.fileName(), error->isEmpty() ? file.errorString() : *error);
+    return false;
+}
+
+QString pathNamesNothing(const QString &path, const ChosenProfile &profile)
+{
+    return QStringLiteral("There is no \"%1\" in the profile \"%2\" of %3").arg(path, profile.name, currentROM.romID);
+}
+
+bool openProfile(const Arguments &arguments, MissingList missing, ChosenProfile *profile, Streams &streams)
+{
+    QString error;
+    if (!chooseName(arguments, profile, &error)) {
+        streams.failed(error);
+        return false;
+    }
+    currentROM.profileName = profile->name;
+    const ProfileStore store = profile->store();
+    if (!store.hasFileList(profile->name)) {
+        if (missing == MissingList::StartEmpty)
+            return true;
+        streams.failed((store.hasProfile(profile->name) ? QStringLiteral("The profile \"%1\" of %2 has no file list: %3")
+                                                        : QStringLiteral("There is no profile \"%1\" of %2: %3"))
+                           .arg(profile->name, currentROM.romID, profile->fileListPath()));
+        return false;
+    }
+    if (readProfile(store, profile->name, currentROM.root, &error))
+        return true;
+    streams.failed(error);
+    return false;
+}
+
+bool openImageAndProfile(const Arguments &arguments, MissingList missing, OpenedImage *image, ChosenProfile *profile,
+                         Streams &streams)
+{
+    return openImage(arguments.positional(0), image, streams) && openProfile(arguments, missing, profile, streams);
+}
+
+int writeProfile(const Arguments &arguments, const ChosenProfile &profile, Streams &streams)
+{
+    const QString path = profile.fileListPath();
+    if (arguments.isSet("dry-run")) {
+        streams.out << QStringLiteral("Would write ") << printable(path) << QStringLiteral(".\n");
+        return Done;
+    }
+    if (interrupted())
+        return streams.failed(QStringLiteral("Interrupted; %1 was not written").arg(path));
+    QString error;
+    if (!profile.store().createProfile(profile.name))
+        return streams.failed(QStringLiteral("Cannot create folder %1").arg(profile.store().profileFolder(profile.name)));
+    if (!saveWhole(
+            path, [&error](QIODevice *device) { return writeFileList(currentROM.root, device, &error); }, &error))
+        return streams.failed(QStringLiteral("Cannot write file %1: %2").arg(path, error));
+    streams.out << QStringLiteral("Wrote ") << printable(path) << QStringLiteral(".\n");
+    return Done;
+}
+}

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "cli/cartridge.h"
+#include "persist/profilestore.h"
+
+#include <QString>
+
+class fileTreeDirectory;
+
+namespace cli
+{
+/// A profile of the loaded image: the one that --profile and --profiles name, or the one that loads automatically.
+struct ChosenProfile
+{
+    QString folder; ///< Of all profiles, ending in "/".
+    QString name;
+
+    ProfileStore store() const;
+    QString fileListPath() const { return store().fileListPath(name); }
+};
+
+/// The folder of all profiles, ending in "/": --profiles, or the one beside the program.
+QString profilesFolder(const Arguments &arguments);
+
+/// What to do about a profile without a file list.
+enum class MissingList {
+    Refuse, ///< There is nothing to work on: complain.
+    StartEmpty, ///< Begin with an empty table, as the window does.
+};
+
+/// Finds the profile of the loaded image and reads its file list into currentROM. On failure, also for a list of which not all
+/// could be read, the result is false and the reason is said.
+bool openProfile(const Arguments &arguments, MissingList missing, ChosenProfile *profile, Streams &streams);
+
+/// Opens the image that is the first positional argument, and its profile. Returns false with the reason said.
+bool openImageAndProfile(const Arguments &arguments, MissingList missing, OpenedImage *image, ChosenProfile *profile,
+                         Streams &streams);
+
+/// The complaint about a path that the profile's table does not have.
+QString pathNamesNothing(const QString &path, const ChosenProfile &profile);
+
+/// Reads the file list of \a name into \a root. Returns false with the reason in \a error.
+bool readProfile(const ProfileStore &store, const QString &name, fileTreeDirectory *root, QString *error);
+
+/// Writes currentROM's table as the profile's file list, whole or not at all, and says so; with --dry-run it says what it would
+/// do. Returns an exit status.
+int writeProfile(const Arguments &arguments, const ChosenProfile &profile, Streams &streams);
+}
