@@ -20,11 +20,11 @@ private slots:
 void tst_Resources::icons_data()
 {
     QTest::addColumn<QList<int>>("sizes");
-    const QList<int> sizes{16, 24, 32, 48, 64};
-    for (const char *name : {"about", "archive", "delete", "exit", "file", "folder_empty", "folder_textures", "new_file", "new_folder",
-                             "open", "replace_image", "save", "save_as", "save_image", "search_file"})
+    const QList<int> sizes {16, 24, 32, 48, 64};
+    for (const char *name : {"about", "archive", "delete", "exit", "file", "folder_empty", "folder_textures", "new_file",
+                             "new_folder", "open", "replace_image", "save", "save_as", "save_image", "search_file"})
         QTest::newRow(name) << sizes;
-    QTest::newRow("quillary") << sizes + QList<int>{128, 256};
+    QTest::newRow("quillary") << sizes + QList<int> {128, 256};
 }
 
 /// Each size is a picture of its own, neither empty nor a filled square.

@@ -1,0 +1,85 @@
+# shellcheck shell=bash
+# SPDX-License-Identifier: MIT
+# What run and test share: getting the tools, configuring and building. To be sourced from the project's root.
+
+say() { printf '== %s\n' "$*"; }
+die() {
+    printf '== %s\n' "$*" >&2
+    exit 1
+}
+have() { command -v "$1" >/dev/null 2>&1; }
+
+has_package() { # whether the Debian package is installed; without dpkg nothing can be told, and CMake will
+    ! have dpkg-query || [ "$(dpkg-query -W -f '${db:Status-Status}' "$1" 2>/dev/null)" = installed ]
+}
+
+as_root() {
+    if [ "$(id -u)" = 0 ]; then
+        "$@"
+    else
+        sudo "$@"
+    fi
+}
+
+may_install() { # whether packages can be installed: as root, or by sudo without a question or with someone there to answer it
+    have apt-get || return 1
+    [ "$(id -u)" = 0 ] && return 0
+    have sudo && { sudo -n true 2>/dev/null || [ -t 0 ]; }
+}
+
+# apt_get ARGUMENT...: without questions, and waiting for another package manager that is at work
+apt_get() { as_root env DEBIAN_FRONTEND=noninteractive apt-get -q -y -o DPkg::Lock::Timeout=300 "$@"; }
+
+install_packages() {
+    [ $# -gt 0 ] || return 0
+    say "Missing Debian packages: $*"
+    may_install || die "They cannot be installed from here. As root: apt-get update && apt-get install $*"
+    local log
+    log=$(mktemp)
+    if ! apt_get install --no-install-recommends "$@" >"$log" 2>&1; then
+        # The lists of packages may be missing or out of date.
+        if ! { apt_get update && apt_get install --no-install-recommends "$@"; } >"$log" 2>&1; then
+            tail -n 20 "$log" >&2
+            die "Installing them failed; the whole of it is in $log"
+        fi
+    fi
+    rm -f "$log"
+    say "Installed: $*"
+}
+
+# A compiler, CMake, a build tool and Qt.
+require_tools() {
+    local missing=()
+    have c++ || have g++ || have clang++ || missing+=(g++)
+    have cmake || missing+=(cmake)
+    have ninja || have make || missing+=(ninja-build)
+    has_package qtbase5-dev || missing+=(qtbase5-dev)
+    # Where something is installed anyway, let the quicker build tool come along.
+    if [ ${#missing[@]} -gt 0 ] && ! have ninja && [[ " ${missing[*]} " != *" ninja-build "* ]]; then
+        missing+=(ninja-build)
+    fi
+    install_packages "${missing[@]}"
+}
+
+# build FOLDER TARGETS [CMAKE ARGUMENT...]: configures FOLDER if that has not been done, and builds TARGETS, several in one word
+build() {
+    local folder=$1 targets=$2 log
+    shift 2
+    # A folder that was configured elsewhere, before the project was moved or copied, is of no use.
+    if [ -f "$folder/CMakeCache.txt" ] && ! grep -qxF "CMAKE_HOME_DIRECTORY:INTERNAL=$PWD" "$folder/CMakeCache.txt"; then
+        rm -rf "$folder/CMakeCache.txt" "$folder/CMakeFiles"
+    fi
+    if [ ! -f "$folder/CMakeCache.txt" ] || { [ ! -f "$folder/build.ninja" ] && [ ! -f "$folder/Makefile" ]; }; then
+        say "Configuring in $folder"
+        rm -rf "$folder/CMakeCache.txt" "$folder/CMakeFiles"
+        if have ninja; then set -- -G Ninja "$@"; else set -- -G "Unix Makefiles" "$@"; fi
+        if have ccache; then set -- "$@" -DCMAKE_CXX_COMPILER_LAUNCHER=ccache; fi
+        mkdir -p "$folder"
+        log=$folder/configure.log
+        cmake -S . -B "$folder" "$@" >"$log" 2>&1 || { cat "$log" >&2; die "Configuring failed"; }
+    fi
+    say "Building in $folder"
+    log=$folder/build.log
+    # shellcheck disable=SC2086 # the targets are several words
+    cmake --build "$folder" --parallel "$(nproc)" --target $targets >"$log" 2>&1 || { tail -n 60 "$log" >&2; die "Building failed; see $log"; }
+}
