@@ -13,7 +13,10 @@
 #include <QSettings>
 #include <QStringList>
 
+#include <memory>
+
 class ClickableLabel;
+class InputBlocker;
 class ProfileStore;
 class Progress;
 class QCheckBox;
@@ -169,10 +172,23 @@ private:
 
     private:
         MainWindow *m_window;
+        std::unique_ptr<InputBlocker> m_inputBlocker;
     };
     bool isBusy() const { return m_busy > 0; }
 
+    /// Brings a file's content into big-endian order under a progress dialog. Returns whether its header names the cartridge;
+    /// \a unknownCounts is the answer for a content of whole words in no known order.
+    bool normaliseImage(QByteArray *image, bool unknownCounts);
+
+    /// An action of the window with the icon ":/icons/" + \a icon.
     QAction *createAction(const QString &name, const QString &text, const QString &icon, const QString &statusTip);
+    QAction *createRecentFileAction(int number);
+    QToolBar *createToolBar(const QString &name, const QString &title);
+    void createPanels();
+    void createTabs();
+    void createSplitter();
+    /// Whether the window may take in another image now: not while it works, nor while a dialog waits for its answer.
+    bool acceptsImages() const;
 
     QString cartridgeFolder() const;
     QString fileListPath() const; ///< Of the current profile.
@@ -219,7 +235,8 @@ private:
     void saveSelectedTexture(); ///< saveTexture() for a texture.
     void saveSelectedFolder();  ///< saveTexture() for a folder.
 
-    /// A modal progress dialog without a cancel button, as byte-order conversion and folder import show it, or with one.
+    /// A window-modal progress dialog from 0 to \a maximum. With a null \a cancelText it has no cancel button, and the user cannot
+    /// close it either. It belongs to the window; whoever asked for it deletes it when the work is done.
     QProgressDialog *createProgressDialog(const QString &label, const QString &cancelText, int maximum);
 
     QSettings m_settings;

@@ -1,5 +1,113 @@
 // SPDX-License-Identifier: MIT
 #include "app/mainwindow.h"
 
-void MainWindow::loadFile(const QString &) {}
-bool MainWindow::saveFile(const QString &) { return false; }
+#include "app/waitcursor.h"
+#include "model/byteorder.h"
+#include "model/debuglog.h"
+#include "persist/imagefile.h"
+#include "persist/savefile.h"
+
+#include <QFileInfo>
+#include <QMessageBox>
+#include <QProgressDialog>
+#include <QStatusBar>
+#include <QTabWidget>
+
+namespace
+{
+constexpr const char *loadFileSignature = "void MainWindow::loadFile(const QString&)";
+
+void logByteOrder(ByteOrder order)
+{
+    switch (order) {
+    case ByteOrder::BigEndian: QUILLARY_DEBUG_AS(loadFileSignature) << "This is a z64 ROM."; break;
+    case ByteOrder::ByteSwapped: QUILLARY_DEBUG_AS(loadFileSignature) << "This is a v64 ROM."; break;
+    case ByteOrder::LittleEndian: QUILLARY_DEBUG_AS(loadFileSignature) << "This is a n64 ROM."; break;
+    case ByteOrder::Unknown: QUILLARY_DEBUG_AS(loadFileSignature) << "This is not a ROM."; break;
+    }
+}
+
+/// The folder of a file as import and export keep it: with a "/" at its end.
+QString folderOf(const QString &fileName)
+{
+    const QString folder = QFileInfo(fileName).absolutePath();
+    return folder.endsWith(QLatin1Char('/')) ? folder : folder + QLatin1Char('/');
+}
+}
+
+void MainWindow::loadFile(const QString &fileName)
+{
+    if (isBusy())
+        return;
+    if (currentROM.loaded)
+        createXMLFile(fileListPath());
+
+    QByteArray image;
+    QString error;
+    if (!readWholeFile(fileName, &image, &error)) {
+        QMessageBox::warning(this, tr("Application"), tr("Cannot read file %1:\n%2.").arg(fileName, error));
+        return;
+    }
+
+    const bool hadDialogPath = m_settings.contains(QStringLiteral("fileDialogPath"));
+    m_settings.setValue(QStringLiteral("romPath"), fileName);
+    if (!hadDialogPath)
+        m_settings.setValue(QStringLiteral("fileDialogPath"), folderOf(fileName));
+
+    const WaitCursor waitCursor;
+    const bool identified = normaliseImage(&image, hadDialogPath);
+    currentROM.baseName = QFileInfo(fileName).completeBaseName();
+    currentROM.loaded = true;
+    currentROM.data = image;
+    currentROM.romID = identified ? cartridgeIdentifier(image) : currentROM.baseName;
+
+    for (int i = 0; i < m_tabWidget->count(); ++i)
+        m_tabWidget->setTabEnabled(i, true);
+    readProfiles();
+    loadProfile();
+    setCurrentFile(fileName);
+    updateActions();
+    statusBar()->showMessage(tr("File loaded"), 2000);
+}
+
+bool MainWindow::normaliseImage(QByteArray *image, bool unknownCounts)
+{
+    if (!hasDetectableByteOrder(image->size()))
+        return false;
+    const ByteOrder order = byteOrderOf(*image);
+    logByteOrder(order);
+    if (order == ByteOrder::Unknown)
+        return unknownCounts;
+    if (order == ByteOrder::BigEndian)
+        return true;
+
+    const BusyScope busy(this);
+    const QString label = order == ByteOrder::ByteSwapped ? tr("Converting ROM from Byteswapped Big Endian to Big Endian.")
+                                                          : tr("Converting ROM from Little Endian to Big Endian.");
+    const std::unique_ptr<QProgressDialog> progress(createProgressDialog(label, QString(), image->size()));
+    convertByteOrder(image, order, [&progress](int bytes) { progress->setValue(bytes); });
+    progress->close();
+    return true;
+}
+
+bool MainWindow::saveFile(const QString &fileName)
+{
+    // With nothing loaded there is nothing to write, but perhaps an earlier image at that path to lose.
+    if (isBusy() || (!currentROM.loaded && currentROM.data.isEmpty()))
+        return false;
+    qDebug() << QString::number(currentROM.data.size());
+
+    QString error;
+    const auto write = [&] {
+        const WaitCursor waitCursor;
+        return saveWhole(fileName, currentROM.data, &error);
+    };
+    if (!write()) {
+        QMessageBox::warning(this, tr("Application"), tr("Cannot write file %1:\n%2.").arg(fileName, error));
+        return false;
+    }
+    setCurrentFile(fileName);
+    statusBar()->showMessage(tr("File saved"), 2000);
+    m_settings.setValue(QStringLiteral("romPath"), fileName);
+    return true;
+}
