@@ -3,6 +3,7 @@
 
 #include "cli/output.h"
 
+#include <algorithm>
 #include <limits>
 
 namespace cli
@@ -85,6 +86,15 @@ QString Arguments::helpText() const
         + text.mid(text.indexOf(QLatin1Char('\n')));
 }
 
+bool Arguments::isSet(const char *option) const
+{
+    // The parser complains about a question for an option that was never declared.
+    const QString name = QLatin1String(option);
+    return std::any_of(m_command.options.begin(), m_command.options.end(),
+                       [&name](const QCommandLineOption &one) { return one.names().contains(name); })
+        && m_parser.isSet(name);
+}
+
 std::optional<qint32> Arguments::number(const char *option) const
 {
     if (!isSet(option))
@@ -104,6 +114,18 @@ std::optional<textureFormat> Arguments::format(const char *option) const
     if (!format)
         reject(QStringLiteral("There is no texture format \"%1\"; there are %2").arg(value(option), formatNames()));
     return format;
+}
+
+std::optional<int> Arguments::choice(const char *option, const QStringList &choices) const
+{
+    if (!isSet(option))
+        return std::nullopt;
+    const int place = choices.indexOf(value(option));
+    if (place >= 0)
+        return place;
+    reject(QStringLiteral("--%1 takes %2, not \"%3\"")
+               .arg(QLatin1String(option), choices.join(QStringLiteral(" or ")), value(option)));
+    return std::nullopt;
 }
 
 void Arguments::checkImageWriting() const

@@ -37,12 +37,15 @@ public:
     bool wantsHelp() const { return m_parser.isSet(QStringLiteral("help")); }
     QString helpText() const;
 
-    bool isSet(const char *option) const { return m_parser.isSet(QLatin1String(option)); }
+    /// Whether the option is given; false also for one that the command does not have.
+    bool isSet(const char *option) const;
     QString value(const char *option) const { return m_parser.value(QLatin1String(option)); }
     /// The option's number; nothing when it is not given, or is none.
     std::optional<qint32> number(const char *option) const;
     /// The option's format; nothing when it is not given, or is none.
     std::optional<textureFormat> format(const char *option) const;
+    /// The place of the option's value among \a choices; nothing when it is not given, or is none of them.
+    std::optional<int> choice(const char *option, const QStringList &choices) const;
     /// Exactly one of --output and --in-place is needed, unless --dry-run is given.
     void checkImageWriting() const;
 

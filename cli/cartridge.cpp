@@ -48,8 +48,9 @@ ByteOrder byteOrderNamed(const QString &name)
     return ByteOrder::Unknown;
 }
 
-bool openImage(const QString &path, OpenedImage *image, Streams &streams)
+bool openImage(const Arguments &arguments, OpenedImage *image, Streams &streams)
 {
+    const QString path = arguments.positional(0);
     QByteArray bytes;
     QString error;
     if (!readWholeFile(path, &bytes, &error)) {
@@ -59,7 +60,9 @@ bool openImage(const QString &path, OpenedImage *image, Streams &streams)
     image->path = path;
     image->order = byteOrderOf(bytes);
     convert(&bytes, image->order, QStringLiteral("Reading %1").arg(path), streams);
-    image->original = bytes;
+    image->size = bytes.size();
+    if (arguments.isSet("dry-run"))
+        image->original = bytes;
     currentROM.data = bytes;
     currentROM.loaded = true;
     currentROM.baseName = QFileInfo(path).completeBaseName();
@@ -70,11 +73,12 @@ bool openImage(const QString &path, OpenedImage *image, Streams &streams)
     return true;
 }
 
-void checkOutputIsNotImage(const Arguments &arguments, const QString &imagePath)
+void checkImageWriting(const Arguments &arguments)
 {
+    arguments.checkImageWriting();
     if (!arguments.isSet("output"))
         return;
-    const QString image = QFileInfo(imagePath).canonicalFilePath();
+    const QString image = QFileInfo(arguments.positional(0)).canonicalFilePath();
     if (!image.isEmpty() && QFileInfo(arguments.value("output")).canonicalFilePath() == image)
         arguments.reject(QStringLiteral("--output names the image itself; use --in-place to write over it"));
 }
@@ -105,6 +109,8 @@ QString changesBetween(const QByteArray &before, const QByteArray &after)
 int writeImage(const Arguments &arguments, const OpenedImage &image, Streams &streams, ByteOrder order)
 {
     const QString path = arguments.isSet("output") ? arguments.value("output") : image.path;
+    if (currentROM.data.size() != image.size)
+        streams.remark(QStringLiteral("The image grew from %1 to %2 bytes").arg(image.size).arg(currentROM.data.size()));
     if (arguments.isSet("dry-run")) {
         const QString changes = changesBetween(image.original, currentROM.data);
         streams.out

@@ -15,7 +15,8 @@ struct OpenedImage
 {
     QString path;
     ByteOrder order = ByteOrder::Unknown; ///< Of the file; Unknown for what is no cartridge image and was taken as it is.
-    QByteArray original; ///< The bytes at opening, big-endian; shared with currentROM until either changes.
+    int size = 0; ///< In bytes.
+    QByteArray original; ///< The bytes at opening, big-endian; kept only for --dry-run, which compares.
 };
 
 /// "z64", "v64" or "n64"; "unknown" for Unknown.
@@ -24,11 +25,13 @@ QString byteOrderName(ByteOrder order);
 /// The order of that name, Unknown for any other text.
 ByteOrder byteOrderNamed(const QString &name);
 
-/// Reads the image at \a path into currentROM with an empty file table. On failure the result is false and the reason is said.
-bool openImage(const QString &path, OpenedImage *image, Streams &streams);
+/// Reads the image that is the first positional argument into currentROM, with an empty file table. On failure the result is
+/// false and the reason is said.
+bool openImage(const Arguments &arguments, OpenedImage *image, Streams &streams);
 
-/// Rejects the arguments when --output names the image itself under whatever path: only --in-place may write over it.
-void checkOutputIsNotImage(const Arguments &arguments, const QString &imagePath);
+/// Checks that it is said where a changed image goes: to --output, which may not be the image itself under whatever path, or over
+/// it with --in-place. Rejects the arguments when not.
+void checkImageWriting(const Arguments &arguments);
 
 /// Writes currentROM's bytes, turned to \a order, where --output or --in-place says, whole or not at all, and says so on standard
 /// output; with --dry-run it only says what would change. Returns an exit status.

@@ -44,15 +44,14 @@ int run(const Arguments &arguments, Streams &streams)
     const bool fixing = arguments.isSet("fix");
     const BootChip chosen = chosenChip(arguments);
     if (fixing)
-        arguments.checkImageWriting();
+        checkImageWriting(arguments);
     else if (arguments.isSet("output") || arguments.isSet("in-place") || arguments.isSet("dry-run"))
         arguments.reject(QStringLiteral("Only --fix writes; without it there is nothing to say where"));
-    checkOutputIsNotImage(arguments, path);
     if (arguments.rejected(streams))
         return WrongUsage;
 
     OpenedImage image;
-    if (!openImage(path, &image, streams))
+    if (!openImage(arguments, &image, streams))
         return Failed;
     if (image.order == ByteOrder::Unknown)
         return streams.failed(QStringLiteral("%1 is no cartridge image: its byte order is unknown").arg(path));

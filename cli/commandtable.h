@@ -8,6 +8,10 @@ namespace cli
 Command infoCommand();
 Command convertCommand();
 Command listCommand();
+Command extractCommand();
+Command replaceCommand();
+Command importFolderCommand();
+Command importPackCommand();
 Command verifyCommand();
 Command checksumCommand();
 }

@@ -14,13 +14,12 @@ int run(const Arguments &arguments, Streams &streams)
     const ByteOrder order = byteOrderNamed(name);
     if (order == ByteOrder::Unknown)
         arguments.reject(QStringLiteral("There is no byte order \"%1\"; there are z64, v64, n64").arg(name));
-    arguments.checkImageWriting();
-    checkOutputIsNotImage(arguments, path);
+    checkImageWriting(arguments);
     if (arguments.rejected(streams))
         return WrongUsage;
 
     OpenedImage image;
-    if (!openImage(path, &image, streams))
+    if (!openImage(arguments, &image, streams))
         return Failed;
     if (image.order == ByteOrder::Unknown)
         return streams.failed(QStringLiteral("%1 is no cartridge image: its byte order is unknown").arg(path));

@@ -158,7 +158,7 @@ QJsonObject json(const OpenedImage &image, const QList<ProfileCounts> &profiles)
 int run(const Arguments &arguments, Streams &streams)
 {
     OpenedImage image;
-    if (!openImage(arguments.positional(0), &image, streams))
+    if (!openImage(arguments, &image, streams))
         return Failed;
     const QList<ProfileCounts> profiles = profilesOf(arguments);
     if (arguments.isSet("json"))

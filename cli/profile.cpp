@@ -93,7 +93,7 @@ bool openProfile(const Arguments &arguments, MissingList missing, ChosenProfile 
 bool openImageAndProfile(const Arguments &arguments, MissingList missing, OpenedImage *image, ChosenProfile *profile,
                          Streams &streams)
 {
-    return openImage(arguments.positional(0), image, streams) && openProfile(arguments, missing, profile, streams);
+    return openImage(arguments, image, streams) && openProfile(arguments, missing, profile, streams);
 }
 
 int writeProfile(const Arguments &arguments, const ChosenProfile &profile, Streams &streams)

@@ -71,12 +71,13 @@ bool staysInFolder(const QString &name)
 class FolderExtractor
 {
 public:
-    FolderExtractor(const QString &path, WorkLog *log) : m_path(path), m_log(log) { }
+    FolderExtractor(const QString &path, WorkLog *log, Progress *progress) : m_path(path), m_log(log), m_progress(progress) { }
 
     FolderExtraction run(const fileTreeDirectory *top)
     {
         QDir().mkpath(m_path);
         m_canonicalPath = QFileInfo(m_path).canonicalFilePath();
+        m_progress->setMaximum(fileTreeContainer().allFiles(top).size());
         // An own stack: how deep a table goes is up to whoever wrote it.
         QList<Step> stack {{m_path, top}};
         while (!stack.isEmpty()) {
@@ -84,8 +85,13 @@ public:
             const QString target = step.path + QLatin1Char('/') + step.directory->name;
             if (!makeDirectory(*step.directory, target))
                 continue;
-            for (const fileTreeFile *texture : step.directory->files)
+            for (const fileTreeFile *texture : step.directory->files) {
+                m_result.cancelled = m_progress->cancelled();
+                if (m_result.cancelled)
+                    return m_result;
                 extract(*texture, target);
+                m_progress->setValue(++m_visited);
+            }
             for (int i = step.directory->directories.size() - 1; i >= 0; --i)
                 stack.append({target, step.directory->directories.at(i)});
         }
@@ -149,6 +155,8 @@ private:
     QString m_path;
     QString m_canonicalPath;
     WorkLog *m_log;
+    Progress *m_progress;
+    int m_visited = 0;
     FolderExtraction m_result;
 };
 }
@@ -189,7 +197,8 @@ ExtractOutcome extractTexture(const fileTreeFile &texture, const QString &path, 
     return writeFile(path, png, error) ? ExtractOutcome::Extracted : ExtractOutcome::NotWritten;
 }
 
-FolderExtraction extractFolder(const QString &path, const fileTreeDirectory *directory, WorkLog *log)
+FolderExtraction extractFolder(const QString &path, const fileTreeDirectory *directory, WorkLog *log, Progress *progress)
 {
-    return FolderExtractor(path, log).run(directory);
+    Progress unseen;
+    return FolderExtractor(path, log, progress ? progress : &unseen).run(directory);
 }

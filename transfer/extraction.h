@@ -28,9 +28,12 @@ struct FolderExtraction
 {
     int written = 0; ///< Files.
     QStringList problems; ///< One line for each texture or folder that was left out: its path in the table, ": ", the reason.
+    bool cancelled = false; ///< The progress had it end before all was written.
 };
 
 /// Writes \a directory and all below it into the folder at \a path: each folder as a directory of its name, an empty one too, and
 /// each texture as a file of its name. Nothing is written outside \a path: a name that is no plain file name, and a symbolic link
 /// that leads out, are left out as a file that cannot be written is.
-FolderExtraction extractFolder(const QString &path, const fileTreeDirectory *directory, WorkLog *log);
+/// A \a progress, unless null, counts the textures visited and is asked before each whether to go on.
+FolderExtraction extractFolder(const QString &path, const fileTreeDirectory *directory, WorkLog *log,
+                               Progress *progress = nullptr);

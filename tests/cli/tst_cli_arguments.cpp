@@ -131,7 +131,7 @@ private slots:
             if (command.name == "demo")
                 continue;
             QStringList arguments {command.name, "no/such/image.z64"};
-            while (arguments.size() - 1 < command.fewest)
+            while (arguments.size() - 1 < (command.name == "replace" ? command.most : command.fewest))
                 arguments << "Root/x";
             for (const QCommandLineOption &option : command.options) {
                 if (option.names().contains("dry-run") && command.name != "checksum")

@@ -29,6 +29,7 @@ private slots:
     void doesNotWaitForAPipe();
     void folderMirrorsTheTable();
     void folderIsMadeWithItsParents();
+    void progressCountsAndCancels();
     void laterTextureOfANameWins();
     void folderSkipsWhatCannotBeExtracted();
     void hostileNamesStayInside_data();
@@ -205,6 +206,28 @@ void ExtractionTest::folderIsMadeWithItsParents()
     newTexture(currentROM.root, "a", 0, "i8");
     extractFolder(path("x/y"), currentROM.root, &m_log);
     QVERIFY(QFile::exists(path("x/y/Root/a.png")));
+}
+
+void ExtractionTest::progressCountsAndCancels()
+{
+    class CancelledAfterTwo : public KeptProgress
+    {
+    public:
+        void setMaximum(int value) override { maximum = value; }
+        bool cancelled() override { return values.size() == 2; }
+
+        int maximum = -1;
+    } progress;
+    for (const char *name : {"a", "b", "c", "d"})
+        newTexture(currentROM.root, name, 0, "i8");
+    const FolderExtraction result = extractFolder(path(), currentROM.root, &m_log, &progress);
+    QCOMPARE(progress.maximum, 4);
+    QCOMPARE(progress.values, QList<int>({1, 2}));
+    QCOMPARE(result.written, 2);
+    QVERIFY(result.cancelled);
+    QVERIFY(QFile::exists(path("Root/b.png")));
+    QVERIFY(!QFile::exists(path("Root/c.png")));
+    QVERIFY(!extractFolder(path(), currentROM.root, &m_log).cancelled);
 }
 
 void ExtractionTest::laterTextureOfANameWins()

@@ -1,0 +1,169 @@
+// SPDX-License-Identifier: MIT
+#include "cli/arguments.h"
+#include "cli/commandtable.h"
+#include "cli/output.h"
+#include "cli/profile.h"
+#include "cli/tablewalk.h"
+#include "cli/terminalprogress.h"
+#include "cli/worklog.h"
+#include "model/rom.h"
+#include "transfer/folderimport.h"
+#include "transfer/texturepack.h"
+
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonObject>
+
+namespace cli
+{
+namespace
+{
+/// What came of an import, for people and for programs.
+struct ImportSummary
+{
+    QString source; ///< The folder or pack.
+    QString target; ///< The folder of the table.
+    int written = 0; ///< Textures.
+    QStringList left; ///< A line for each picture or folder that was not imported.
+    int foldersAdded = 0;
+    int texturesAdded = 0;
+};
+
+QJsonObject json(const ImportSummary &summary)
+{
+    return {{QStringLiteral("source"), summary.source},
+            {QStringLiteral("target"), summary.target},
+            {QStringLiteral("written"), summary.written},
+            {QStringLiteral("notImported"), QJsonArray::fromStringList(summary.left)},
+            {QStringLiteral("foldersAdded"), summary.foldersAdded},
+            {QStringLiteral("texturesAdded"), summary.texturesAdded}};
+}
+
+void printText(const ImportSummary &summary, bool dryRun, QTextStream &out)
+{
+    out << (dryRun ? QLatin1String("Would import ") : QLatin1String("Imported "))
+        << counted(summary.written, QStringLiteral("texture")) << QLatin1String(" from ") << printable(summary.source)
+        << QLatin1String(" into ") << printable(summary.target) << QLatin1String(", left out ") << summary.left.size() << '\n';
+    if (summary.foldersAdded > 0 || summary.texturesAdded > 0)
+        out << (dryRun ? QLatin1String("Would add ") : QLatin1String("Added "))
+            << counted(summary.foldersAdded, QStringLiteral("folder")) << QLatin1String(" and ")
+            << counted(summary.texturesAdded, QStringLiteral("entry")) << '\n';
+}
+
+bool isReadableFolder(const QString &path, Streams &streams)
+{
+    const QFileInfo info(path);
+    if (info.isDir() && info.isReadable())
+        return true;
+    streams.failed(info.exists() ? QStringLiteral("%1 is no folder that can be read").arg(path)
+                                 : QStringLiteral("There is no folder %1").arg(path));
+    return false;
+}
+
+/// Writes what the import changed and says what came of it; the summary comes last, or is the whole output with --json.
+int finish(const Arguments &arguments, const OpenedImage &image, const ChosenProfile *listToWrite, const ImportSummary &summary,
+           Streams &streams)
+{
+    for (const QString &line : summary.left)
+        streams.remark(line);
+    QString sentences;
+    QTextStream aside(&sentences);
+    Streams quiet(aside, streams.err);
+    Streams &chosen = arguments.isSet("json") ? quiet : streams;
+    int status = writeImage(arguments, image, chosen);
+    if (status == Done && listToWrite)
+        status = writeProfile(arguments, *listToWrite, chosen);
+    if (status != Done)
+        return status;
+    if (arguments.isSet("json"))
+        printJson(streams.out, json(summary));
+    else
+        printText(summary, arguments.isSet("dry-run"), streams.out);
+    return summary.left.isEmpty() ? Done : Failed;
+}
+
+int runFolder(const Arguments &arguments, Streams &streams)
+{
+    checkImageWriting(arguments);
+    if (arguments.rejected(streams))
+        return WrongUsage;
+    OpenedImage image;
+    ChosenProfile profile;
+    const QString source = arguments.positional(1);
+    if (!openImageAndProfile(arguments, MissingList::Refuse, &image, &profile, streams) || !isReadableFolder(source, streams))
+        return Failed;
+    QString path = arguments.positional(2);
+    if (!path.isEmpty() && !path.endsWith(QLatin1Char('/')))
+        path += QLatin1Char('/'); // Only a folder can be meant.
+    const TableNode node = nodeAtPath(currentROM.root, path);
+    if (!node.folder)
+        return streams.failed(pathNamesNothing(arguments.positional(2), profile));
+
+    ImportSummary summary {source, fullPath(*node.folder), 0, {}, 0, 0};
+    ImageWriter writer;
+    KeptMessages log;
+    QString report;
+    {
+        TerminalProgress progress(streams.err);
+        progress.setMaximum(countFilesBelow(source));
+        progress.setLabel(QStringLiteral("Importing textures"));
+        importPictureFolder(source, node.folder, writer.sink(), &progress, &log, &report);
+    }
+    summary.written = writer.written;
+    summary.left = report.split(QLatin1Char('\n'), Qt::SkipEmptyParts) + log.messages + writer.failures;
+    return finish(arguments, image, nullptr, summary, streams);
+}
+
+int runPack(const Arguments &arguments, Streams &streams)
+{
+    checkImageWriting(arguments);
+    if (arguments.rejected(streams))
+        return WrongUsage;
+    OpenedImage image;
+    ChosenProfile profile;
+    const QString source = arguments.positional(1);
+    if (!openImageAndProfile(arguments, MissingList::StartEmpty, &image, &profile, streams) || !isReadableFolder(source, streams))
+        return Failed;
+
+    ImageWriter writer;
+    KeptMessages log;
+    const TexturePackImport added = importPack(source, currentROM.root, currentROM.data, writer.sink(), &log);
+    const bool listed = !arguments.isSet("no-add") && added.lastFolder;
+    const ImportSummary summary {
+        source, fullPath(*currentROM.root), writer.written, log.messages + writer.failures, added.folders, added.textures};
+    return finish(arguments, image, listed ? &profile : nullptr, summary, streams);
+}
+}
+
+Command importFolderCommand()
+{
+    return {QStringLiteral("import-folder"),
+            QStringLiteral("Write a folder of pictures over the textures of the same names."),
+            QStringLiteral("IMAGE FOLDER [PATH]"),
+            QStringLiteral(
+                "FOLDER stands for the folder of the table that PATH names, without it for the root: each picture in it is\n"
+                "written over the texture of its name, each directory into the folder of its name. What is not imported is\n"
+                "listed on standard error, and the exit status is then 1; the rest is imported all the same."),
+            2,
+            3,
+            imageWritingOptions() << profileOptions() << jsonOption(),
+            runFolder};
+}
+
+Command importPackCommand()
+{
+    QList<QCommandLineOption> options = imageWritingOptions();
+    options << QCommandLineOption(QStringLiteral("no-add"), QStringLiteral("Leave the profile's file list as it is."))
+            << profileOptions() << jsonOption();
+    return {QStringLiteral("import-pack"),
+            QStringLiteral("Import a texture pack into the image and the file list."),
+            QStringLiteral("IMAGE PACK"),
+            QStringLiteral(
+                "Writes the pictures of a texture pack, whose names say where they belong, into the image, and adds their\n"
+                "folders and entries to the profile's file list."),
+            2,
+            2,
+            options,
+            runPack};
+}
+}
