@@ -221,7 +221,7 @@ private:
     void createPreviewBox();
     void setFolderFieldsReadOnly(bool readOnly);
     void setTextureFieldsReadOnly(bool readOnly);
-    void refreshSelectionStyle();
+    void setReadOnly(const QList<QLineEdit *> &fields, bool readOnly);
     void showNoFolder();
     void showNoTexture();
     void showFolderFields(const fileTreeDirectory &folder);

@@ -216,29 +216,30 @@ QGroupBox *MainWindow::createTextureBox()
     return box;
 }
 
-/// The style depends on the fields' read-only state; Qt looks at it again only when the sheet is set.
-void MainWindow::refreshSelectionStyle()
+/// The look depends on whether a field is read-only; Qt sees that anew when the sheet is set. Styling the whole panel is by far
+/// the slowest part of showing an entry, so it is left out where nothing changed.
+void MainWindow::setReadOnly(const QList<QLineEdit *> &fields, bool readOnly)
 {
-    m_selectionPanel->setStyleSheet(m_selectionPanel->styleSheet());
+    bool changed = false;
+    for (QLineEdit *field : fields) {
+        changed = changed || field->isReadOnly() != readOnly;
+        field->setReadOnly(readOnly);
+    }
+    if (changed)
+        m_selectionPanel->setStyleSheet(m_selectionPanel->styleSheet());
 }
 
 void MainWindow::setFolderFieldsReadOnly(bool readOnly)
 {
-    for (QLineEdit *field : {m_folderName, m_folderOffset, m_folderSize})
-        field->setReadOnly(readOnly);
-    m_folderAddress->setReadOnly(true);
     m_fixedContentAddresses->setEnabled(!readOnly);
     m_folderSave->setEnabled(!readOnly);
-    refreshSelectionStyle();
+    setReadOnly({m_folderName, m_folderOffset, m_folderSize}, readOnly);
 }
 
 void MainWindow::setTextureFieldsReadOnly(bool readOnly)
 {
-    for (QLineEdit *field : {m_textureName, m_textureOffset, m_textureFormat, m_texturePalette})
-        field->setReadOnly(readOnly);
-    m_textureAddress->setReadOnly(true);
     m_textureSave->setEnabled(!readOnly);
-    refreshSelectionStyle();
+    setReadOnly({m_textureName, m_textureOffset, m_textureFormat, m_texturePalette}, readOnly);
 }
 
 void MainWindow::updateDirectoryInfo()
