@@ -262,8 +262,7 @@ void MainWindow::createTabs()
 {
     m_tabWidget = new QTabWidget(this);
     m_tabWidget->setObjectName(QStringLiteral("tabWidget"));
-    if (m_selectionPanel)
-        m_tabWidget->insertTab(0, m_selectionPanel, QIcon(), tr("Selection"));
+    m_tabWidget->insertTab(0, m_selectionPanel, QIcon(), tr("Selection"));
     if (m_profilePanel)
         m_tabWidget->insertTab(1, m_profilePanel, QIcon(), tr("Profile"));
     // A profile belongs to a cartridge; there is none yet.
@@ -275,8 +274,7 @@ void MainWindow::createSplitter()
 {
     m_splitter = new QSplitter(this);
     m_splitter->setObjectName(QStringLiteral("splitter"));
-    if (m_treeWidget)
-        m_splitter->addWidget(m_treeWidget);
+    m_splitter->addWidget(m_treeWidget);
     m_splitter->addWidget(m_tabWidget);
     m_splitter->setCollapsible(0, false);
     // What a larger window gains goes to the table.
@@ -322,8 +320,7 @@ void MainWindow::readSettings()
     restoreState(m_settings.value(QStringLiteral("windowState")).toByteArray());
     restoreGeometry(m_settings.value(QStringLiteral("geometry")).toByteArray());
     m_splitter->restoreState(m_settings.value(QStringLiteral("splitter.state")).toByteArray());
-    if (m_treeWidget)
-        m_treeWidget->header()->restoreState(m_settings.value(QStringLiteral("treeWidget.header.state")).toByteArray());
+    m_treeWidget->header()->restoreState(m_settings.value(QStringLiteral("treeWidget.header.state")).toByteArray());
 }
 
 void MainWindow::writeSettings()
@@ -331,8 +328,7 @@ void MainWindow::writeSettings()
     m_settings.setValue(QStringLiteral("windowState"), saveState());
     m_settings.setValue(QStringLiteral("geometry"), saveGeometry());
     m_settings.setValue(QStringLiteral("splitter.state"), m_splitter->saveState());
-    if (m_treeWidget)
-        m_settings.setValue(QStringLiteral("treeWidget.header.state"), m_treeWidget->header()->saveState());
+    m_settings.setValue(QStringLiteral("treeWidget.header.state"), m_treeWidget->header()->saveState());
 }
 
 void MainWindow::setCurrentFile(const QString &fileName)
@@ -427,8 +423,7 @@ void MainWindow::updateActions()
     m_saveAction->setEnabled(loaded);
     m_saveAsAction->setEnabled(loaded);
 
-    if (m_treeWidget)
-        selectFileTableItem();
+    selectFileTableItem();
     const int type = currentROM.selectedType;
     const fileTreeDirectory *folder = currentROM.lastSelectedFolder;
     const fileTreeFile *texture = currentROM.lastSelectedTexture;
