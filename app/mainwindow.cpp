@@ -263,8 +263,7 @@ void MainWindow::createTabs()
     m_tabWidget = new QTabWidget(this);
     m_tabWidget->setObjectName(QStringLiteral("tabWidget"));
     m_tabWidget->insertTab(0, m_selectionPanel, QIcon(), tr("Selection"));
-    if (m_profilePanel)
-        m_tabWidget->insertTab(1, m_profilePanel, QIcon(), tr("Profile"));
+    m_tabWidget->insertTab(1, m_profilePanel, QIcon(), tr("Profile"));
     // A profile belongs to a cartridge; there is none yet.
     m_tabWidget->setTabEnabled(1, false);
     m_tabWidget->setCurrentIndex(0);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/mainwindow.h"
 
+#include "app/messagebox.h"
 #include "app/waitcursor.h"
 #include "model/byteorder.h"
 #include "model/debuglog.h"
@@ -8,7 +9,6 @@
 #include "persist/savefile.h"
 
 #include <QFileInfo>
-#include <QMessageBox>
 #include <QProgressDialog>
 #include <QStatusBar>
 #include <QTabWidget>
@@ -39,15 +39,19 @@ void MainWindow::loadFile(const QString &fileName)
 {
     if (isBusy())
         return;
+    // Written before anything else, so that the loading below finds nothing unsaved to ask about.
     if (currentROM.loaded)
-        createXMLFile(fileListPath());
+        saveFileListOfOpenImage();
 
     QByteArray image;
     QString error;
     if (!readWholeFile(fileName, &image, &error)) {
-        QMessageBox::warning(this, tr("Application"), tr("Cannot read file %1:\n%2.").arg(fileName, error));
+        showBox(this, QMessageBox::Warning, tr("Application"), tr("Cannot read file %1:\n%2.").arg(fileName, error));
         return;
     }
+    // Still unsaved means that the writing failed: this asks while the table and its profile belong together.
+    if (currentROM.loaded && !mayReplaceFileTable())
+        return;
 
     const bool hadDialogPath = m_settings.contains(QStringLiteral("fileDialogPath"));
     m_settings.setValue(QStringLiteral("romPath"), fileName);
@@ -103,7 +107,7 @@ bool MainWindow::saveFile(const QString &fileName)
         return saveWhole(fileName, currentROM.data, &error);
     };
     if (!write()) {
-        QMessageBox::warning(this, tr("Application"), tr("Cannot write file %1:\n%2.").arg(fileName, error));
+        showBox(this, QMessageBox::Warning, tr("Application"), tr("Cannot write file %1:\n%2.").arg(fileName, error));
         return false;
     }
     setCurrentFile(fileName);
