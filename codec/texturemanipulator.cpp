@@ -3,6 +3,7 @@
 
 #include "codec/decode.h"
 #include "codec/encode.h"
+#include "codec/pictureloader.h"
 #include "codec/pixelsource.h"
 
 #include <QBuffer>
@@ -19,21 +20,19 @@ namespace
 /// enough to stay in the first cache.
 constexpr int chunkPixels = 2048;
 
-/// A JPEG may claim any size up to 65,535 x 65,535 in a few bytes; more pixels than this (256 MiB) are not made room for.
-constexpr qint64 maximumJpegPixels = 64 * 1024 * 1024;
-
 const uchar *bytesOf(const QByteArray &data)
 {
     return reinterpret_cast<const uchar *>(data.constData());
 }
 
+/// A JPEG may claim any size up to 65,535 x 65,535 in a few bytes: the claim is looked at before room is made for it.
 QImage jpegPicture(const QByteArray &data)
 {
     QBuffer buffer;
     buffer.setData(data);
     const QSize size = QImageReader(&buffer, "JPEG").size();
     QImage image;
-    if (size.isValid() && qint64(size.width()) * size.height() <= maximumJpegPixels)
+    if (size.isValid() && isAcceptablePictureSize(size))
         image.loadFromData(data, "JPEG");
     return image;
 }

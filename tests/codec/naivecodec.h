@@ -62,45 +62,66 @@ inline QImage generateTexture(const QByteArray &data, const textureFormat &forma
 
     Placer placer(&image);
     QDataStream stream(data);
-    while (!stream.atEnd()) {
-        quint8 byte = 0;
-        if (format.name == "rgba32") {
-            quint8 red = 0, green = 0, blue = 0, alpha = 0;
-            stream >> red >> green >> blue >> alpha;
-            placer.colour(red, green, blue, alpha);
-        } else if (format.name == "rgb5a1") {
+    const auto untilTheEnd = [&stream](auto step) {
+        while (!stream.atEnd())
+            step();
+    };
+    const auto byte = [&stream] {
+        quint8 value = 0;
+        stream >> value;
+        return int(value);
+    };
+    if (format.name == "rgba32") {
+        untilTheEnd([&] {
+            const int red = byte();
+            const int green = byte();
+            const int blue = byte();
+            placer.colour(red, green, blue, byte());
+        });
+    } else if (format.name == "rgb5a1") {
+        untilTheEnd([&] {
             quint16 word = 0;
             stream >> word;
             placer.colour(word >> 8 & 0xF8, word >> 3 & 0xF8, (word & 0x3E) << 2, word & 1 ? 255 : 0);
-        } else if (format.name == "i4") {
-            stream >> byte;
-            for (const int nibble : {byte >> 4, byte & 0xF})
+        });
+    } else if (format.name == "i4") {
+        untilTheEnd([&] {
+            const int both = byte();
+            for (const int nibble : {both >> 4, both & 0xF})
                 placer.colour(nibble * 17, nibble * 17, nibble * 17, nibble * 17);
-        } else if (format.name == "ia4") {
-            stream >> byte;
-            for (const int nibble : {byte >> 4, byte & 0xF}) {
+        });
+    } else if (format.name == "ia4") {
+        untilTheEnd([&] {
+            const int both = byte();
+            for (const int nibble : {both >> 4, both & 0xF}) {
                 const int intensity = int((nibble & 0xE) * 18.0 + 0.5);
                 placer.colour(intensity, intensity, intensity, nibble & 1 ? 255 : 0);
             }
-        } else if (format.name == "i8") {
-            stream >> byte;
-            placer.colour(byte, byte, byte, byte);
-        } else if (format.name == "ia8") {
-            stream >> byte;
-            const int intensity = (byte >> 4) * 17;
-            placer.colour(intensity, intensity, intensity, (byte & 0xF) * 17);
-        } else if (format.name == "ia16") {
-            quint8 alpha = 0;
-            stream >> byte >> alpha;
-            placer.colour(byte, byte, byte, alpha);
-        } else if (format.name == "ci8") {
-            stream >> byte;
-            placer.index(byte);
-        } else {
-            stream >> byte;
-            placer.index(byte >> 4);
-            placer.index(byte & 0xF);
-        }
+        });
+    } else if (format.name == "i8") {
+        untilTheEnd([&] {
+            const int intensity = byte();
+            placer.colour(intensity, intensity, intensity, intensity);
+        });
+    } else if (format.name == "ia8") {
+        untilTheEnd([&] {
+            const int both = byte();
+            const int intensity = (both >> 4) * 17;
+            placer.colour(intensity, intensity, intensity, (both & 0xF) * 17);
+        });
+    } else if (format.name == "ia16") {
+        untilTheEnd([&] {
+            const int intensity = byte();
+            placer.colour(intensity, intensity, intensity, byte());
+        });
+    } else if (format.name == "ci8") {
+        untilTheEnd([&] { placer.index(byte()); });
+    } else {
+        untilTheEnd([&] {
+            const int both = byte();
+            placer.index(both >> 4);
+            placer.index(both & 0xF);
+        });
     }
     return image;
 }
@@ -129,39 +150,54 @@ inline int ia4Nibble(QRgb pixel)
 inline QByteArray generateData(const QImage &image, const textureFormat &format)
 {
     QByteArray result;
-    const bool pairs = format.bytesPerPixel < 1;
-    for (int p = 0; image.width() > 0 && p / image.width() < image.height(); p += pairs ? 2 : 1) {
-        const QRgb pixel = format.usesPalette ? 0 : pixelNumber(image, p);
-        const QRgb second = pairs && !format.usesPalette ? pixelNumber(image, p + 1) : 0;
-        const int red = qRed(pixel);
-        const int alpha = qAlpha(pixel);
-        if (format.name == "rgba32") {
-            result.append(char(alpha ? red : 0));
-            result.append(char(alpha ? qGreen(pixel) : 0));
-            result.append(char(alpha ? qBlue(pixel) : 0));
-            result.append(char(alpha));
-        } else if (format.name == "rgb5a1") {
+    // Calls step(p) for every pixel number p, or every other one.
+    const auto fromPixelToPixel = [&image](int distance, auto step) {
+        for (int p = 0; image.width() > 0 && p / image.width() < image.height(); p += distance)
+            step(p);
+    };
+    if (format.name == "rgba32") {
+        fromPixelToPixel(1, [&](int p) {
+            const QRgb pixel = pixelNumber(image, p);
+            const bool visible = qAlpha(pixel) != 0;
+            result.append(char(visible ? qRed(pixel) : 0));
+            result.append(char(visible ? qGreen(pixel) : 0));
+            result.append(char(visible ? qBlue(pixel) : 0));
+            result.append(char(qAlpha(pixel)));
+        });
+    } else if (format.name == "rgb5a1") {
+        fromPixelToPixel(1, [&](int p) {
+            const QRgb pixel = pixelNumber(image, p);
             int word = 0;
-            if (alpha == 255)
-                word = (red / 8 << 11) + (qGreen(pixel) / 8 << 6) + qBlue(pixel) / 8 * 2 + 1;
+            if (qAlpha(pixel) == 255)
+                word = (qRed(pixel) / 8 << 11) + (qGreen(pixel) / 8 << 6) + qBlue(pixel) / 8 * 2 + 1;
             result.append(char(word >> 8));
             result.append(char(word & 0xFF));
-        } else if (format.name == "i4") {
-            result.append(char(red / 17 * 16 + qRed(second) / 17));
-        } else if (format.name == "ia4") {
-            result.append(char(ia4Nibble(pixel) * 16 + ia4Nibble(second)));
-        } else if (format.name == "i8") {
-            result.append(char(red));
-        } else if (format.name == "ia8") {
-            result.append(char(alpha ? int(std::floor(red / 17.0)) * 16 + int(std::floor(alpha / 17.0)) : 0));
-        } else if (format.name == "ia16") {
-            result.append(char(red));
-            result.append(char(alpha));
-        } else if (format.name == "ci8") {
-            result.append(char(indexNumber(image, p)));
-        } else {
-            result.append(char(indexNumber(image, p) * 16 + indexNumber(image, p + 1)));
-        }
+        });
+    } else if (format.name == "i4") {
+        fromPixelToPixel(
+            2, [&](int p) { result.append(char(qRed(pixelNumber(image, p)) / 17 * 16 + qRed(pixelNumber(image, p + 1)) / 17)); });
+    } else if (format.name == "ia4") {
+        fromPixelToPixel(
+            2, [&](int p) { result.append(char(ia4Nibble(pixelNumber(image, p)) * 16 + ia4Nibble(pixelNumber(image, p + 1)))); });
+    } else if (format.name == "i8") {
+        fromPixelToPixel(1, [&](int p) { result.append(char(qRed(pixelNumber(image, p)))); });
+    } else if (format.name == "ia8") {
+        fromPixelToPixel(1, [&](int p) {
+            const QRgb pixel = pixelNumber(image, p);
+            const int intensity = int(std::floor(qRed(pixel) / 17.0));
+            const int alpha = int(std::floor(qAlpha(pixel) / 17.0));
+            result.append(char(qAlpha(pixel) ? intensity * 16 + alpha : 0));
+        });
+    } else if (format.name == "ia16") {
+        fromPixelToPixel(1, [&](int p) {
+            const QRgb pixel = pixelNumber(image, p);
+            result.append(char(qRed(pixel)));
+            result.append(char(qAlpha(pixel)));
+        });
+    } else if (format.name == "ci8") {
+        fromPixelToPixel(1, [&](int p) { result.append(char(indexNumber(image, p))); });
+    } else {
+        fromPixelToPixel(2, [&](int p) { result.append(char(indexNumber(image, p) * 16 + indexNumber(image, p + 1))); });
     }
     return result;
 }
