@@ -3,8 +3,6 @@
 
 #include "codec/texels.h"
 
-#include <QtEndian>
-
 #include <array>
 #include <cstring>
 
@@ -36,14 +34,14 @@ void decodePairs(const std::array<PixelPair, 256> &pairs, const uchar *__restric
         pixels[count - 1] = pairs[data[whole]].pixels[0];
 }
 
-/// The loop behind the codings of whole bytes: big-endian words of type Word, each one texel.
+/// The loop behind the codings of whole bytes: one word of type Word, as this machine loads it, is one texel.
 template<typename Word, typename Texel>
 void decodeWords(const uchar *__restrict data, QRgb *__restrict pixels, qint64 count, Texel fromWord)
 {
     for (qint64 i = 0; i < count; ++i) {
         Word word;
         std::memcpy(&word, data + sizeof(Word) * size_t(i), sizeof(Word));
-        pixels[i] = fromWord(qFromBigEndian(word));
+        pixels[i] = fromWord(word);
     }
 }
 }
@@ -51,13 +49,17 @@ void decodeWords(const uchar *__restrict data, QRgb *__restrict pixels, qint64 c
 void decodeColours(TexelCoding coding, const uchar *data, QRgb *pixels, qint64 count)
 {
     switch (coding) {
-    case TexelCoding::Rgba32: decodeWords<quint32>(data, pixels, count, texels::fromRgba32); break;
-    case TexelCoding::Rgb5a1: decodeWords<quint16>(data, pixels, count, texels::fromRgb5a1); break;
+    case TexelCoding::Rgba32: decodeWords<quint32>(data, pixels, count, texels::fromRgbaBytes); break;
+    case TexelCoding::Rgb5a1:
+        decodeWords<quint16>(data, pixels, count, [](quint32 word) { return texels::fromRgb5a1(texels::bigEndian(word)); });
+        break;
     case TexelCoding::I4: decodePairs(pairsOfI4, data, pixels, count); break;
     case TexelCoding::Ia4: decodePairs(pairsOfIa4, data, pixels, count); break;
     case TexelCoding::I8: decodeWords<quint8>(data, pixels, count, texels::fromI8); break;
     case TexelCoding::Ia8: decodeWords<quint8>(data, pixels, count, texels::fromIa8); break;
-    case TexelCoding::Ia16: decodeWords<quint16>(data, pixels, count, texels::fromIa16); break;
+    case TexelCoding::Ia16:
+        decodeWords<quint16>(data, pixels, count, [](quint32 word) { return texels::fromIa16(texels::bigEndian(word)); });
+        break;
     case TexelCoding::Ci8:
     case TexelCoding::Ci4:
     case TexelCoding::Jpeg:

@@ -3,8 +3,6 @@
 
 #include "codec/texels.h"
 
-#include <QtEndian>
-
 #include <cstring>
 
 namespace
@@ -22,7 +20,7 @@ template<typename Word, typename Texel>
 void encodeWords(const QRgb *__restrict pixels, qint64 count, uchar *__restrict out, Texel toWord)
 {
     for (qint64 i = 0; i < count; ++i) {
-        const Word word = qToBigEndian(Word(toWord(pixels[i])));
+        const Word word = Word(toWord(pixels[i]));
         std::memcpy(out + sizeof(Word) * size_t(i), &word, sizeof(Word));
     }
 }
@@ -32,12 +30,16 @@ void encodeColours(TexelCoding coding, const QRgb *pixels, qint64 count, uchar *
 {
     switch (coding) {
     case TexelCoding::Rgba32: encodeWords<quint32>(pixels, count, out, texels::toRgba32); break;
-    case TexelCoding::Rgb5a1: encodeWords<quint16>(pixels, count, out, texels::toRgb5a1); break;
+    case TexelCoding::Rgb5a1:
+        encodeWords<quint16>(pixels, count, out, [](QRgb pixel) { return texels::bigEndian(texels::toRgb5a1(pixel)); });
+        break;
     case TexelCoding::I4: encodePairs(pixels, count, out, texels::toI4); break;
     case TexelCoding::Ia4: encodePairs(pixels, count, out, texels::toIa4); break;
     case TexelCoding::I8: encodeWords<quint8>(pixels, count, out, texels::toI8); break;
     case TexelCoding::Ia8: encodeWords<quint8>(pixels, count, out, texels::toIa8); break;
-    case TexelCoding::Ia16: encodeWords<quint16>(pixels, count, out, texels::toIa16); break;
+    case TexelCoding::Ia16:
+        encodeWords<quint16>(pixels, count, out, [](QRgb pixel) { return texels::bigEndian(texels::toIa16(pixel)); });
+        break;
     case TexelCoding::Ci8:
     case TexelCoding::Ci4:
     case TexelCoding::Jpeg:

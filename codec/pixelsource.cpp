@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "codec/pixelsource.h"
 
+#include "codec/texels.h"
+
 #include <QVector>
 
 #include <algorithm>
@@ -21,22 +23,16 @@ template<typename Part> void forEachRow(int width, qint64 first, int count, Part
     }
 }
 
-/// Copies 32-bit pixels, which need not be aligned: a picture may wrap foreign memory with rows of any length.
-template<typename Conversion> void copyConverted(const uchar *row, int x, int count, QRgb *__restrict out, Conversion converted)
+/// Converts 32-bit pixels, which need not be aligned: a picture may wrap foreign memory with rows of any length.
+template<typename Conversion>
+void copyConverted(const uchar *__restrict row, int x, int count, QRgb *__restrict out, Conversion converted)
 {
-    std::memcpy(out, row + 4 * qint64(x), 4 * size_t(count));
-    for (int i = 0; i < count; ++i)
-        out[i] = converted(out[i]);
-}
-
-/// A pixel of the byte-ordered formats, where red comes first in memory.
-QRgb fromByteOrdered(quint32 pixel)
-{
-#if Q_BYTE_ORDER == Q_LITTLE_ENDIAN
-    return (pixel & 0xFF00FF00U) | (pixel >> 16 & 0xFFU) | (pixel << 16 & 0xFF0000U);
-#else
-    return pixel >> 8 | pixel << 24;
-#endif
+    const uchar *__restrict from = row + 4 * qint64(x);
+    for (int i = 0; i < count; ++i) {
+        quint32 pixel;
+        std::memcpy(&pixel, from + 4 * qint64(i), sizeof pixel);
+        out[i] = converted(pixel);
+    }
 }
 }
 
@@ -78,7 +74,7 @@ void PixelSource::coloursOfRow(int y, int x, int count, QRgb *__restrict out) co
     case QImage::Format_RGB32: copyConverted(row, x, count, out, [](quint32 pixel) { return pixel | 0xFF000000U; }); break;
     case QImage::Format_RGBX8888:
     case QImage::Format_RGBA8888:
-    case QImage::Format_RGBA8888_Premultiplied: copyConverted(row, x, count, out, fromByteOrdered); break;
+    case QImage::Format_RGBA8888_Premultiplied: copyConverted(row, x, count, out, texels::fromRgbaBytes); break;
     case QImage::Format_RGB888:
         for (int i = 0; i < count; ++i) {
             const uchar *channels = row + 3 * qint64(x + i);

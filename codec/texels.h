@@ -10,7 +10,7 @@ namespace texels
 /// One intensity in all three colour channels.
 constexpr QRgb grey(quint32 intensity, quint32 alpha)
 {
-    return alpha << 24 | intensity * 0x010101U;
+    return alpha << 24 | intensity << 16 | intensity << 8 | intensity;
 }
 
 /// A plain shift widens each channel: full intensity is 248, not 255.
@@ -19,9 +19,27 @@ constexpr QRgb fromRgb5a1(quint32 word)
     return (0U - (word & 1U)) << 24 | (word & 0xF800U) << 8 | (word & 0x07C0U) << 5 | (word & 0x003EU) << 2;
 }
 
-constexpr QRgb fromRgba32(quint32 word)
+/// A 16-bit word with its two bytes exchanged where this machine keeps the low one first; upper bits are 0.
+constexpr quint32 bigEndian(quint32 word)
 {
-    return word >> 8 | word << 24;
+    return Q_BYTE_ORDER == Q_LITTLE_ENDIAN ? (word >> 8 & 0x00FFU) | (word << 8 & 0xFF00U) : word;
+}
+
+/// Exchanges red and blue: between QRgb and, on a little-endian machine, four bytes in the order red, green, blue, alpha.
+constexpr quint32 withRedAndBlueSwapped(quint32 pixel)
+{
+    return (pixel & 0xFF00FF00U) | (pixel >> 16 & 0x000000FFU) | (pixel << 16 & 0x00FF0000U);
+}
+
+/// A pixel from the four bytes red, green, blue, alpha as this machine loads them, and back. Not as a swap of bytes and a
+/// rotation, for which plain x86-64 has no vector instructions.
+constexpr QRgb fromRgbaBytes(quint32 loaded)
+{
+    return Q_BYTE_ORDER == Q_LITTLE_ENDIAN ? withRedAndBlueSwapped(loaded) : loaded >> 8 | loaded << 24;
+}
+constexpr quint32 toRgbaBytes(QRgb pixel)
+{
+    return Q_BYTE_ORDER == Q_LITTLE_ENDIAN ? withRedAndBlueSwapped(pixel) : pixel << 8 | pixel >> 24;
 }
 
 /// The intensity serves as alpha as well: black texels are transparent.
@@ -38,7 +56,7 @@ constexpr QRgb fromIa4(quint32 nibble)
 
 constexpr QRgb fromI8(quint32 byte)
 {
-    return byte * 0x01010101U;
+    return grey(byte, byte);
 }
 
 constexpr QRgb fromIa8(quint32 byte)
@@ -72,10 +90,10 @@ constexpr quint32 opacityMask(QRgb pixel)
     return 0U - (((pixel >> 24) + 1U) >> 8);
 }
 
-/// A transparent pixel loses its colour.
+/// The four bytes in memory order. A transparent pixel loses its colour.
 constexpr quint32 toRgba32(QRgb pixel)
 {
-    return (pixel << 8 | pixel >> 24) & ~transparencyMask(pixel);
+    return toRgbaBytes(pixel) & ~transparencyMask(pixel);
 }
 
 /// Only alpha 255 counts as opaque; every other pixel becomes the all-zero word.
