@@ -19,6 +19,7 @@
 namespace
 {
 constexpr int savedMessageTime = 5000; // milliseconds
+constexpr int charactersToShow = 22; // of a field, at least
 
 /// Builds the rows of one panel from top to bottom: captions in the first column, fields in the second.
 class PanelRows
@@ -49,6 +50,7 @@ public:
     {
         auto *field = new QLineEdit(m_box);
         field->setReadOnly(true);
+        field->setMinimumWidth(field->fontMetrics().averageCharWidth() * charactersToShow);
         QLabel *added = add(caption, field, name);
         if (label)
             *label = added;
@@ -109,6 +111,8 @@ QScrollArea *createScrollingColumn(QWidget *parent, const QList<QGroupBox *> &bo
     layout->addStretch();
     area->setWidget(content);
     area->setFocusPolicy(Qt::NoFocus);
+    for (QWidget *widget : {content, area->viewport()}) // They would paint a ground unlike the tab's.
+        widget->setAutoFillBackground(false);
     area->setMinimumWidth(content->minimumSizeHint().width() + area->verticalScrollBar()->sizeHint().width());
     return area;
 }

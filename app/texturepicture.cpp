@@ -5,14 +5,16 @@
 #include "model/rom.h"
 #include "model/textureformat.h"
 
+#include <cmath>
+
 namespace
 {
-/// The texture's length in bytes. size() wraps at 32 bits; what it would wrap to says nothing of where such a texture ends.
-qint64 trueSize(const fileTreeFile &texture, const textureFormat &format)
+/// The texture's length in bytes. size() wraps at 32 bits, and what it wraps to says nothing of where such a texture ends.
+double trueSize(const fileTreeFile &texture, const textureFormat &format)
 {
     if (texture.format == textureFormats::jpeg.name)
         return texture.size();
-    return qint64(double(qint64(texture.width) * texture.height) * format.bytesPerPixel);
+    return std::trunc(double(qint64(texture.width) * texture.height) * format.bytesPerPixel);
 }
 }
 

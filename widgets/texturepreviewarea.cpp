@@ -25,6 +25,16 @@ bool fitsSelectedTexture(const QString &suffix)
 }
 }
 
+QSize TexturePreviewArea::sizeHint() const
+{
+    return QSize(240, 240);
+}
+
+QSize TexturePreviewArea::minimumSizeHint() const
+{
+    return QSize(144, 144);
+}
+
 void TexturePreviewArea::dragEnterEvent(QDragEnterEvent *event)
 {
     const QList<QUrl> urls = event->mimeData()->urls();

@@ -11,6 +11,10 @@ class TexturePreviewArea : public QScrollArea
 public:
     using QScrollArea::QScrollArea;
 
+    /// Room for the common texture sizes; what is shown at the moment does not count, lest the window moved with every texture.
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
 protected:
     void dragEnterEvent(QDragEnterEvent *event) override;
     void dropEvent(QDropEvent *event) override;
