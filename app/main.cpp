@@ -1,12 +1,31 @@
 // SPDX-License-Identifier: MIT
 #include "app/mainwindow.h"
+#include "app/programoptions.h"
+#include "app/screenshot.h"
 
 #include <QApplication>
+#include <QTimer>
 
 int main(int argc, char *argv[])
 {
+    if (const std::optional<int> status = answerWithoutWindow(argc, argv))
+        return *status;
+
+    QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
     QApplication application(argc, argv);
+    QCoreApplication::setOrganizationName(QStringLiteral("Brimholt"));
+    QCoreApplication::setOrganizationDomain(QStringLiteral("quillary.example"));
+    QCoreApplication::setApplicationName(QStringLiteral("Quillary"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(QUILLARY_VERSION));
+    QCoreApplication::setAttribute(Qt::AA_DontShowIconsInMenus, true);
+
     MainWindow window;
     window.show();
+    const ProgramOptions options = programOptions(QCoreApplication::arguments());
+    if (!options.screenshot.isEmpty())
+        return takeScreenshot(&window, options.image, options.screenshot) ? EXIT_SUCCESS : EXIT_FAILURE;
+    if (!options.image.isEmpty())
+        QTimer::singleShot(0, &window, [&] { window.loadFile(options.image); });
     return QApplication::exec();
 }

@@ -2,6 +2,7 @@
 #include "app/mainwindow.h"
 
 #include "app/inputblocker.h"
+#include "app/messagebox.h"
 #include "model/debuglog.h"
 #include "resources/resources.h"
 
@@ -15,8 +16,8 @@
 #include <QFileInfo>
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QLabel>
 #include <QMenuBar>
-#include <QMessageBox>
 #include <QMimeData>
 #include <QProgressDialog>
 #include <QScreen>
@@ -64,6 +65,7 @@ MainWindow::MainWindow() : m_profilesDirectory(QCoreApplication::applicationDirP
 {
     initResources();
     setObjectName(QStringLiteral("mainWindow"));
+    setWindowIcon(QIcon(QStringLiteral(":/icons/quillary")));
     createActions();
     createMenus();
     createToolBars();
@@ -441,15 +443,23 @@ void MainWindow::updateActions()
     qDebug() << type;
 }
 
+bool MainWindow::autosaveFileList()
+{
+    if (!currentROM.loaded || !currentROM.autosave || saveFileListOfOpenImage() || m_unsavedFileListLabel->isHidden())
+        return true;
+    return showBox(this, QMessageBox::Warning, tr("Application"),
+                   tr("The changes in the file list could not be saved.\nDo you want to close and lose them?"),
+                   QMessageBox::Close | QMessageBox::Cancel, QMessageBox::Cancel)
+        == QMessageBox::Close;
+}
+
 void MainWindow::closeEvent(QCloseEvent *event)
 {
     if (isBusy()) {
         event->ignore();
         return;
     }
-    if (currentROM.loaded && currentROM.autosave)
-        createXMLFile(fileListPath());
-    if (!maybeSave()) {
+    if (!autosaveFileList() || !maybeSave()) {
         event->ignore();
         return;
     }

@@ -187,6 +187,9 @@ private:
     void createPanels();
     void createTabs();
     void createSplitter();
+    /// Writes the file list before closing, where the profile settings say so. False when that failed and the user would rather
+    /// stay than lose unsaved changes.
+    bool autosaveFileList();
     /// Whether the window may take in another image now: not while it works, nor while a dialog waits for its answer.
     bool acceptsImages() const;
 
