@@ -48,7 +48,7 @@ public:
     enum RowType { TextureRow = 1001, FolderRow = 1002 };
     /// The deepest level at which a folder gets a row; the root's is 0. Qt sorts, lays out and frees rows by recursion, so that
     /// deeper ones could exhaust the stack. What lies deeper is part of the table all the same.
-    static constexpr int deepestFolderRow = 10000;
+    static constexpr int deepestFolderRow = 6000;
     /// Values of ROM::selectedType.
     enum SelectedType { NothingSelected = 0, FolderSelected = 1, TextureSelected = 2 };
 
