@@ -3,6 +3,7 @@
 
 #include "codec/texturemanipulator.h"
 #include "model/textureformat.h"
+#include "persist/imagefile.h"
 #include "persist/savefile.h"
 #include "transfer/debugline.h"
 
@@ -46,6 +47,10 @@ bool writeFile(const QString &path, const QByteArray &bytes, QString *error)
         *error = translate("There is something of that name that is no regular file");
         return false;
     }
+    // Extracting a folder anew finds most of its files as they were; replacing each costs a flush to the disk.
+    QByteArray old;
+    if (info.size() == bytes.size() && readWholeFile(path, &old, error) && old == bytes)
+        return true;
     return saveWhole(path, bytes, error);
 }
 

@@ -3,6 +3,7 @@
 #include "support/transfer.h"
 #include "transfer/extraction.h"
 
+#include <QDateTime>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -25,6 +26,7 @@ private slots:
     void refusesWhatCannotBeRead_data();
     void refusesWhatCannotBeRead();
     void replacesAnOlderFile();
+    void leavesAnEqualFileAlone();
     void reportsAFileThatCannotBeWritten();
     void doesNotWaitForAPipe();
     void folderMirrorsTheTable();
@@ -161,6 +163,22 @@ void ExtractionTest::replacesAnOlderFile()
     QCOMPARE(QImage(path("a.png"), "PNG").size(), QSize(3, 2));
     QVERIFY(QFileInfo(path("a.png")).size() < 1000);
     QCOMPARE(treeOnDisk(path()), QStringList({"a.png"}));
+}
+
+void ExtractionTest::leavesAnEqualFileAlone()
+{
+    const fileTreeFile *texture = newTexture(currentROM.root, "a", 0, "i8", 3, 2);
+    QCOMPARE(extractTexture(*texture, path("a.png"), &m_log, &m_error), ExtractOutcome::Extracted);
+    const QDateTime old = QDateTime::fromSecsSinceEpoch(1000000000);
+    QFile file(path("a.png"));
+    QVERIFY(file.open(QIODevice::ReadWrite) && file.setFileTime(old, QFileDevice::FileModificationTime));
+    file.close();
+    QCOMPARE(extractTexture(*texture, path("a.png"), &m_log, &m_error), ExtractOutcome::Extracted);
+    QCOMPARE(QFileInfo(path("a.png")).lastModified(), old);
+    currentROM.data[0] = '\x7F';
+    QCOMPARE(extractTexture(*texture, path("a.png"), &m_log, &m_error), ExtractOutcome::Extracted);
+    QVERIFY(QFileInfo(path("a.png")).lastModified() != old);
+    QCOMPARE(qRed(QImage(path("a.png")).pixel(0, 0)), 0x7F);
 }
 
 void ExtractionTest::reportsAFileThatCannotBeWritten()
