@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "app/mainwindow.h"
 
+#include "app/messagebox.h"
+#include "app/waitcursor.h"
 #include "model/progress.h"
 #include "transfer/extraction.h"
 #include "transfer/folderimport.h"
@@ -59,15 +61,6 @@ private:
     int m_start;
 };
 
-class WaitCursor
-{
-public:
-    WaitCursor() { QApplication::setOverrideCursor(Qt::WaitCursor); }
-    ~WaitCursor() { QApplication::restoreOverrideCursor(); }
-    WaitCursor(const WaitCursor &) = delete;
-    WaitCursor &operator=(const WaitCursor &) = delete;
-};
-
 QString chooseDirectory(QWidget *parent, const QSettings &settings, QFileDialog::Options options)
 {
     return QFileDialog::getExistingDirectory(parent, MainWindow::tr("Select Directory"),
@@ -97,15 +90,6 @@ SizeAnswer askHowToResize(const QSize &picture, const QSize &texture)
     if (box.clickedButton() == keep)
         return SizeAnswer::KeepAspectRatio;
     return box.clickedButton() == ignore ? SizeAnswer::IgnoreAspectRatio : SizeAnswer::Abort;
-}
-
-void warnOfFormat(QWidget *parent, const QString &format)
-{
-    QMessageBox box(QMessageBox::Warning, MainWindow::tr("Quillary"),
-                    MainWindow::tr("Texture format %1 is not supported, can't import texture.").arg(format), QMessageBox::Ok,
-                    parent);
-    box.setTextFormat(Qt::PlainText); // The format's name is whatever stands in the file list.
-    box.exec();
 }
 
 /// The sink that writes through \a window, which so becomes modified and shows what went wrong.
@@ -141,7 +125,8 @@ void MainWindow::replaceTexture()
         return;
     }
     if (!textureFormats::getAsMap().contains(texture->format)) {
-        warnOfFormat(this, texture->format);
+        showBox(this, QMessageBox::Warning, tr("Quillary"),
+                tr("Texture format %1 is not supported, can't import texture.").arg(texture->format));
         statusBar()->showMessage(tr("Texture format %1 is not supported, can't import texture").arg(texture->format),
                                  messageMilliseconds);
         return;
@@ -258,9 +243,9 @@ void MainWindow::importFolder()
         progress->setValue(count);
     }
     QMessageBox box;
-    box.setTextFormat(Qt::PlainText); // Names are shown as they are, whatever they look like.
     box.setText(tr("%1 has been imported into %2").arg(chosen, folder ? folder->path() + folder->name : QString()));
     box.setDetailedText(report);
+    showTextAsItIs(&box);
     box.exec();
 }
 
