@@ -5,6 +5,8 @@
 #include <QSize>
 #include <QString>
 
+#include <functional>
+
 /// Pixels that a picture may have to be loaded or scaled to: far more than any texture, and few enough to fit in memory.
 constexpr qint64 maximumPicturePixels = 64 * 1024 * 1024;
 
@@ -12,5 +14,6 @@ constexpr qint64 maximumPicturePixels = 64 * 1024 * 1024;
 bool isAcceptablePictureSize(const QSize &size);
 
 /// The picture in the file at \a path, its format told by its content. Null when there is none, when it does not decode, or when
-/// it claims to be larger than maximumPicturePixels; such a picture is not decoded at all.
-QImage loadPicture(const QString &path);
+/// it claims to be larger than maximumPicturePixels; such a picture is not decoded at all. Null also when \a isUnwanted, which is
+/// asked again and again while the file is read, says so.
+QImage loadPicture(const QString &path, const std::function<bool()> &isUnwanted = {});

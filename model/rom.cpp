@@ -271,6 +271,17 @@ template<typename Node> void fileTreeDirectory::NamedList<Node>::remove(QList<No
     indexed = *list;
 }
 
+template<typename Node>
+void fileTreeDirectory::NamedList<Node>::replace(QList<Node *> *list, const QSet<Node *> &removed, const QList<Node *> &appended)
+{
+    indexed.clear();
+    if (!removed.isEmpty())
+        list->erase(std::remove_if(list->begin(), list->end(), [&removed](Node *node) { return removed.contains(node); }),
+                    list->end());
+    *list += appended;
+    indexed = *list;
+}
+
 template<typename Node> void fileTreeDirectory::NamedList<Node>::sort(QList<Node *> *list)
 {
     const bool indexIsValid = list->isSharedWith(indexed);
@@ -360,6 +371,29 @@ fileTreeFile *fileTreeDirectory::addFile(fileTreeFile *file)
     m_namedFiles.append(&files, file);
     file->setName(file->name);
     return file;
+}
+
+void fileTreeDirectory::addFiles(const QVector<fileTreeReplacement> &changes)
+{
+    // Names come and go one by one, since each decides what is free for the next; the list changes once.
+    const std::shared_ptr<NameIndex> names = m_namedFiles.names(files);
+    QSet<fileTreeFile *> removed;
+    QList<fileTreeFile *> appended;
+    for (const fileTreeReplacement &change : changes) {
+        if (change.replaced) {
+            takeOutRow(treeItem, change.replaced->treeItem);
+            if (currentROM.lastSelectedTexture == change.replaced)
+                currentROM.lastSelectedTexture = nullptr;
+            if (change.replaced->name.index() == names)
+                change.replaced->name.leave();
+            removed.insert(change.replaced);
+        }
+        change.added->parent = this;
+        change.added->name.join(names);
+        change.added->setName(change.added->name);
+        appended.append(change.added);
+    }
+    m_namedFiles.replace(&files, removed, appended);
 }
 
 fileTreeDirectory *fileTreeDirectory::addDirectory(fileTreeDirectory *directory)

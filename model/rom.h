@@ -6,7 +6,9 @@
 #include <QByteArray>
 #include <QList>
 #include <QMetaType>
+#include <QSet>
 #include <QString>
+#include <QVector>
 
 class QTreeWidgetItem;
 class fileTreeDirectory;
@@ -71,6 +73,13 @@ public:
     void destroy();
 };
 
+/// A texture to link to a folder, and the one that it takes the place of.
+struct fileTreeReplacement
+{
+    fileTreeFile *added = nullptr;
+    fileTreeFile *replaced = nullptr; ///< Null when it takes nobody's place.
+};
+
 /// A folder: a region of the image that holds textures and further folders.
 class fileTreeDirectory : public fileTreeNode
 {
@@ -104,6 +113,9 @@ public:
 
     /// Links \a file as the last texture and makes its name unique. A previous parent keeps listing it. Returns \a file.
     fileTreeFile *addFile(fileTreeFile *file);
+    /// Does for each of \a changes in turn what replaced->destroy() and addFile(added) do, in time linear in the list. The replaced
+    /// ones must be listed here.
+    void addFiles(const QVector<fileTreeReplacement> &changes);
     /// Links \a directory as the last folder and makes its name unique. Returns \a directory.
     fileTreeDirectory *addDirectory(fileTreeDirectory *directory);
     /// The first child folder of that name, ignoring case, or null.
@@ -134,6 +146,7 @@ private:
         const std::shared_ptr<NameIndex> &names(const QList<Node *> &list);
         void append(QList<Node *> *list, Node *node);
         void remove(QList<Node *> *list, Node *node);
+        void replace(QList<Node *> *list, const QSet<Node *> &removed, const QList<Node *> &appended);
         void sort(QList<Node *> *list);
     };
     NamedList<fileTreeFile> m_namedFiles;
