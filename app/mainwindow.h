@@ -175,6 +175,7 @@ private:
         std::unique_ptr<InputBlocker> m_inputBlocker;
     };
     bool isBusy() const { return m_busy > 0; }
+    class SearchView;
 
     /// Brings a file's content into big-endian order under a progress dialog. Returns whether its header names the cartridge;
     /// \a unknownCounts is the answer for a content of whole words in no known order.
@@ -218,6 +219,9 @@ private:
     void addRow(QTreeWidgetItem *parentRow, QTreeWidgetItem *row);
     QIcon iconOf(const fileTreeFile &texture) const;
     void keepRemovedRow(QTreeWidgetItem *row);
+    /// Takes the rows of \a textures, all of \a folder, out of the tree and frees them, in time linear in the folder's rows. The
+    /// selection moves to the folder when it was on one of them.
+    void takeTextureRows(fileTreeDirectory *folder, const QVector<fileTreeFile *> &textures);
 
     QGroupBox *createFolderBox();
     QGroupBox *createTextureBox();

@@ -1,0 +1,241 @@
+// SPDX-License-Identifier: MIT
+#include "search/texturesearch.h"
+
+#include "codec/pictureloader.h"
+#include "codec/texturemanipulator.h"
+#include "search/patternsearch.h"
+#include "search/searchobserver.h"
+
+#include <QFileInfo>
+
+#include <cmath>
+
+namespace
+{
+/// Bytes of patterns to keep at once. With the sweep's tables, the list of runs and the copies found, a batch stays within a
+/// quarter of the range's size; in a small range within a few MiB.
+qint64 mostPatternBytes(const ByteRange &range)
+{
+    return qMax<qint64>(range.size / 32 * 3, 1024 * 1024);
+}
+}
+
+ByteRange rangeOfFolder(const fileTreeDirectory &folder)
+{
+    const qint64 begin = folder.realAddress();
+    const qint64 end = qMin<qint64>(begin + folder.size, currentROM.data.size());
+    const qint64 first = qMax<qint64>(begin, 0);
+    ByteRange range;
+    if (first >= end)
+        return range;
+    range.data = currentROM.data.constData() + first;
+    range.size = int(end - first);
+    range.cutInFront = int(first - begin);
+    return range;
+}
+
+TextureSearch::TextureSearch(fileTreeDirectory *folder, const TextureSearchOptions &options, SearchObserver *observer)
+    : m_folder(folder), m_options(options), m_observer(observer), m_range(rangeOfFolder(*folder)),
+      m_steps(std::make_unique<WorkSteps>([observer] { return observer->interrupted(); })),
+      m_patternSearch(std::make_unique<PatternSearch>(m_range, m_steps.get()))
+{
+}
+
+TextureSearch::~TextureSearch() = default;
+
+bool TextureSearch::run(const QStringList &files)
+{
+    bool found = false;
+    for (int i = 0; i < files.size(); ++i) {
+        m_observer->beginPicture(files.at(i), i + 1, files.size());
+        if (searchFor(files, i))
+            found = true;
+        if (isCancelled())
+            break;
+        m_observer->setValue(i + 1);
+    }
+    return found;
+}
+
+bool TextureSearch::runOne(const QString &file)
+{
+    return searchFor({file}, 0);
+}
+
+/// Searches for the picture in \a files at \a place, which is the next of the batch; when none is left, the batch is first filled
+/// with it and those after it.
+bool TextureSearch::searchFor(const QStringList &files, int place)
+{
+    const QString file = files.at(place);
+    if (m_nextOfBatch == m_batch.size())
+        loadBatch(files, place);
+    if (m_nextOfBatch == m_batch.size())
+        return false; // Cancelled before the picture was there.
+    const Picture picture = m_batch.at(m_nextOfBatch++);
+    if (!picture.isReadable) {
+        m_observer->cannotReadPicture(file);
+        return false;
+    }
+    const QVector<Hit> hits = picture.isLarge ? collectHitsOfLarge(file) : collectHits(picture);
+    storeHits(hits, QFileInfo(file).completeBaseName(), picture);
+    return !hits.isEmpty();
+}
+
+void TextureSearch::loadBatch(const QStringList &files, int first)
+{
+    m_batch.clear();
+    m_nextOfBatch = 0;
+    QVector<QByteArray> patterns;
+    QHash<QByteArray, int> places;
+    qint64 bytes = 0;
+    for (int i = first; i < files.size() && bytes < mostPatternBytes(m_range); ++i) {
+        if (!addToBatch(files.at(i), &patterns, &places, &bytes))
+            break;
+    }
+    places.clear();
+    m_patternSearch->setPatterns(patterns, m_options.firstOnly);
+}
+
+/// Loads the picture in \a file and encodes it in every format. False when the user has cancelled.
+bool TextureSearch::addToBatch(const QString &file, QVector<QByteArray> *patterns, QHash<QByteArray, int> *places, qint64 *bytes)
+{
+    // What a picture costs beside its patterns: the sweep's table entries, and itself.
+    constexpr int overheadPerPicture = 1024;
+    const QImage image = loadPicture(file, [this] { return !m_steps->add(WorkSteps::bytesPerStep); });
+    if (m_steps->isUnwanted())
+        return false;
+    Picture picture;
+    picture.isReadable = !image.isNull();
+    picture.width = image.width();
+    picture.height = image.height();
+    *bytes += overheadPerPicture;
+
+    double bytesPerPixel = 0;
+    for (const textureFormat &format : qAsConst(m_options.formats))
+        bytesPerPixel += format.bytesPerPixel;
+    picture.isLarge = double(picture.width) * picture.height * bytesPerPixel > double(mostPatternBytes(m_range));
+    if (picture.isReadable && !picture.isLarge) {
+        for (const textureFormat &format : qAsConst(m_options.formats)) {
+            const QByteArray pattern = encoded(image, format);
+            if (pattern.isEmpty()) {
+                picture.patterns.append(-1);
+                continue;
+            }
+            const auto place = places->constFind(pattern);
+            if (place != places->constEnd()) {
+                picture.patterns.append(*place);
+                continue;
+            }
+            places->insert(pattern, patterns->size());
+            picture.patterns.append(patterns->size());
+            patterns->append(pattern);
+            *bytes += pattern.size();
+        }
+    }
+    m_batch.append(picture);
+    return true;
+}
+
+/// The bytes to search for; none where the format cannot be encoded, and none where they would not fit in the range anyway.
+QByteArray TextureSearch::encoded(const QImage &image, const textureFormat &format) const
+{
+    const double size = std::ceil(double(image.width()) * image.height() * format.bytesPerPixel);
+    return size > m_range.size ? QByteArray() : textureManipulator::generateData(image, format);
+}
+
+QVector<TextureSearch::Hit> TextureSearch::collectHits(const Picture &picture)
+{
+    QVector<Hit> hits;
+    for (int format = 0; format < picture.patterns.size(); ++format) {
+        if (isCancelled())
+            break;
+        const int pattern = picture.patterns.at(format);
+        if (pattern >= 0 && !collectHitsOfPattern(m_patternSearch.get(), pattern, format, &hits))
+            break;
+    }
+    return hits;
+}
+
+/// For a picture whose patterns together would be too much: as collectHits(), but with one pattern at a time.
+QVector<TextureSearch::Hit> TextureSearch::collectHitsOfLarge(const QString &file)
+{
+    QVector<Hit> hits;
+    // The batch's patterns are still needed for the pictures that follow.
+    if (!m_searchForLarge)
+        m_searchForLarge = std::make_unique<PatternSearch>(m_range, m_steps.get());
+    const QImage image = loadPicture(file, [this] { return !m_steps->add(WorkSteps::bytesPerStep); });
+    int format = 0;
+    for (const textureFormat &record : qAsConst(m_options.formats)) {
+        if (isCancelled())
+            break;
+        const QByteArray pattern = encoded(image, record);
+        if (!pattern.isEmpty()) {
+            m_searchForLarge->setPatterns({pattern}, m_options.firstOnly);
+            if (!collectHitsOfPattern(m_searchForLarge.get(), 0, format, &hits))
+                break;
+        }
+        ++format;
+    }
+    return hits;
+}
+
+/// Appends the copies of a pattern to \a hits. False when the picture's search is to end with that.
+bool TextureSearch::collectHitsOfPattern(PatternSearch *search, int pattern, int format, QVector<Hit> *hits)
+{
+    const QString name = *std::next(m_options.formats.keyBegin(), format);
+    PatternSearch::Walk walk(pattern);
+    for (int position = search->next(&walk); position >= 0; position = search->next(&walk)) {
+        if (isCancelled())
+            break;
+        m_observer->foundCopy(name, position + m_range.cutInFront);
+        hits->append({format, position + m_range.cutInFront});
+        if (m_options.firstOnly)
+            return false;
+    }
+    return true;
+}
+
+bool TextureSearch::isCancelled()
+{
+    if (m_observer->cancelled())
+        m_steps->setUnwanted();
+    return m_steps->isUnwanted();
+}
+
+void TextureSearch::storeHits(const QVector<Hit> &hits, const QString &name, const Picture &picture)
+{
+    if (hits.isEmpty())
+        return;
+    if (m_options.duplicateMode == DoNotCreateEntry) {
+        for (int i = 0; i < hits.size(); ++i)
+            m_observer->copyHandled(SearchObserver::Outcome::Ignored);
+        return;
+    }
+    if (m_options.duplicateMode == OverwriteEntry && !m_entries)
+        m_entries = std::make_unique<EntryIndex>(*m_folder);
+
+    const QStringList formats = m_options.formats.keys();
+    QVector<fileTreeReplacement> changes;
+    QVector<fileTreeFile *> added;
+    QVector<fileTreeFile *> replaced;
+    for (const Hit &hit : hits) {
+        auto *entry = new fileTreeFile;
+        entry->name = name;
+        entry->format = formats.at(hit.format);
+        entry->width = picture.width;
+        entry->height = picture.height;
+        entry->address = hit.position;
+        fileTreeFile *old = m_entries ? m_entries->takeEqualTo(*entry) : nullptr;
+        if (m_entries)
+            m_entries->add(entry);
+        changes.append(fileTreeReplacement {entry, old});
+        added.append(entry);
+        if (old)
+            replaced.append(old);
+        m_observer->copyHandled(old ? SearchObserver::Outcome::Overwrote : SearchObserver::Outcome::Added);
+    }
+    if (!replaced.isEmpty())
+        m_observer->beforeReplacing(replaced);
+    m_folder->addFiles(changes);
+    m_observer->entriesAdded(added);
+}
