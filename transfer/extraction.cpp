@@ -54,8 +54,12 @@ bool writeFile(const QString &path, const QByteArray &bytes, QString *error)
     return saveWhole(path, bytes, error);
 }
 
-QByteArray encodedAsPng(const QImage &image)
+QByteArray encodedAsPng(QImage image)
 {
+    // A new image has the screen's resolution, which goes into the file: it would differ from one machine to the next.
+    constexpr int dotsPerMeter = 3780; // 96 dots per inch.
+    image.setDotsPerMeterX(dotsPerMeter);
+    image.setDotsPerMeterY(dotsPerMeter);
     QBuffer buffer;
     buffer.open(QIODevice::WriteOnly);
     return image.save(&buffer, "PNG") ? buffer.data() : QByteArray();

@@ -75,6 +75,7 @@ void ExtractionTest::pngHoldsTheExactPixels()
     QCOMPARE(picture.size(), QSize(2, 1));
     QCOMPARE(picture.pixel(0, 0), qRgba(1, 2, 3, 4));
     QCOMPARE(picture.pixel(1, 0), qRgba(5, 6, 7, 0));
+    QCOMPARE(QSize(picture.dotsPerMeterX(), picture.dotsPerMeterY()), QSize(3780, 3780)); // Whatever the screen has.
     QCOMPARE(m_log.lines,
              QStringList({"\"a \\\"b\\\"\" \"rgba32\" 2 1", "Saving texture in format 5", "Texture format palette colors: 0"}));
 }
