@@ -2,12 +2,12 @@
 #include "search/findtexturedialog.h"
 
 #include "search/foundentries.h"
+#include "search/picturefiles.h"
 
 #include <QButtonGroup>
 #include <QCheckBox>
 #include <QDebug>
 #include <QDir>
-#include <QDirIterator>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QGridLayout>
@@ -182,16 +182,7 @@ void findTextureDialog::startSearch()
         runSearch({path});
         return;
     }
-    QStringList files;
-    const QDirIterator::IteratorFlags flags =
-        m_subfolders->isChecked() ? QDirIterator::Subdirectories : QDirIterator::NoIteratorFlags;
-    QDirIterator entry(QDir(path).absolutePath(), flags);
-    while (entry.hasNext()) {
-        const QString file = entry.next();
-        if (!entry.fileInfo().isDir() && file.endsWith(QLatin1String(".png"), Qt::CaseSensitive))
-            files.append(file);
-    }
-    runSearch(files);
+    runSearch(picturesInFolder(path, m_subfolders->isChecked()));
 }
 
 void findTextureDialog::runSearch(QStringList files)
