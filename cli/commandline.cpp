@@ -46,9 +46,9 @@ int runCommand(const Command &command, const QStringList &given, Streams &stream
 
 const QList<Command> &commands()
 {
-    static const QList<Command> all {infoCommand(),       convertCommand(), listCommand(),
-                                     extractCommand(),    replaceCommand(), importFolderCommand(),
-                                     importPackCommand(), verifyCommand(),  checksumCommand()};
+    static const QList<Command> all {infoCommand(),    convertCommand(),      listCommand(),       extractCommand(),
+                                     replaceCommand(), importFolderCommand(), importPackCommand(), searchCommand(),
+                                     verifyCommand(),  checksumCommand(),     demoCommand()};
     return all;
 }
 

@@ -12,6 +12,8 @@ Command extractCommand();
 Command replaceCommand();
 Command importFolderCommand();
 Command importPackCommand();
+Command searchCommand();
 Command verifyCommand();
 Command checksumCommand();
+Command demoCommand();
 }

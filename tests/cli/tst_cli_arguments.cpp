@@ -134,7 +134,7 @@ private slots:
             while (arguments.size() - 1 < (command.name == "replace" ? command.most : command.fewest))
                 arguments << "Root/x";
             for (const QCommandLineOption &option : command.options) {
-                if (option.names().contains("dry-run") && command.name != "checksum")
+                if (option.names().contains("dry-run") && command.name != "checksum" && command.name != "search")
                     arguments << "--dry-run";
             }
             const CommandCall missing = call(arguments);

@@ -4,10 +4,13 @@
 
 #include "support/images.h"
 
+#include <QDir>
+#include <QImage>
 #include <QProcess>
 #include <QTemporaryDir>
 
 #include <csignal>
+#include <cstdlib>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -37,6 +40,13 @@ Ended start(const QString &program, const QStringList &arguments)
 Ended start(const QStringList &arguments)
 {
     return start(QUILLARY_CLI_PROGRAM, arguments);
+}
+
+/// Sends an interrupt to \a process, unless it has ended: no id would mean this program's whole group.
+bool interrupt(const QProcess &process)
+{
+    const auto id = pid_t(process.processId());
+    return id > 0 && kill(id, SIGINT) == 0;
 }
 
 class ProgramTest : public QObject
@@ -98,7 +108,119 @@ private slots:
         QVERIFY(process.readAllStandardError().contains("standard output"));
     }
 
+    void interruptEndsAnExtractionBetweenTwoFiles()
+    {
+        addProfileOf(20000);
+        QProcess process;
+        process.start(QUILLARY_CLI_PROGRAM,
+                      {"extract", m_path, "--profiles", m_folder->filePath("profiles"), "-o", m_folder->filePath("out")});
+        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(m_folder->filePath("out/Root/0.png")), 60000);
+        QVERIFY(interrupt(process));
+        QVERIFY(process.waitForFinished(60000));
+        // By the signal itself, so that a shell's loop around it ends too.
+        QCOMPARE(process.exitStatus(), QProcess::CrashExit);
+        QCOMPARE(process.exitCode(), SIGINT);
+        QVERIFY(process.readAllStandardError().contains("Interrupted"));
+        const QStringList files = QDir(m_folder->filePath("out/Root")).entryList(QDir::Files | QDir::Hidden);
+        QVERIFY(files.size() < 20000);
+        for (const QString &file : files)
+            QVERIFY2(!QImage(m_folder->filePath("out/Root/" + file)).isNull(), qPrintable(file));
+    }
+
+    void interruptAtAnyTimeLeavesTheImageWhole()
+    {
+        const QByteArray before = cartridgeImage(4096);
+        const QByteArray after = withReversedUnits(before, 2);
+        for (int milliseconds = 1; milliseconds < 40; milliseconds += 2) {
+            writeFile(m_path, before);
+            QProcess process;
+            process.start(QUILLARY_CLI_PROGRAM, {"convert", m_path, "--order", "v64", "--in-place"});
+            QVERIFY(process.waitForStarted());
+            QTest::qSleep(milliseconds);
+            interrupt(process);
+            QVERIFY(process.waitForFinished(60000));
+            const bool done = process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
+            const QByteArray now = fileBytes(m_path);
+            QVERIFY(now == before || now == after);
+            QVERIFY(!done || now == after);
+        }
+    }
+
+    void progressBarOnATerminalOnly()
+    {
+        addProfileOf(200);
+        const QStringList arguments {"verify", m_path, "--profiles", m_folder->filePath("profiles")};
+        QVERIFY(start(arguments).err.isEmpty());
+
+        const int terminal = posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK);
+        QVERIFY(terminal >= 0 && grantpt(terminal) == 0 && unlockpt(terminal) == 0);
+        // Held open here as well: what the program wrote would go with the last end.
+        const int held = open(ptsname(terminal), O_RDWR | O_NOCTTY);
+        QVERIFY(held >= 0);
+        QProcess process;
+        process.setStandardErrorFile(ptsname(terminal));
+        process.start(QUILLARY_CLI_PROGRAM, arguments);
+        QByteArray shown;
+        char bytes[4096];
+        while (!process.waitForFinished(10) || shown.isEmpty()) {
+            const ssize_t count = read(terminal, bytes, sizeof bytes);
+            if (count > 0)
+                shown.append(bytes, int(count));
+            else if (process.state() == QProcess::NotRunning)
+                break;
+        }
+        for (ssize_t count = read(terminal, bytes, sizeof bytes); count > 0; count = read(terminal, bytes, sizeof bytes))
+            shown.append(bytes, int(count));
+        close(held);
+        close(terminal);
+        QCOMPARE(process.exitCode(), 1);
+        QVERIFY2(shown.contains("[###############...............]  50% Verifying"), shown.constData());
+        QVERIFY2(shown.endsWith("\r\033[K"), shown.constData());
+        QVERIFY(!process.readAllStandardOutput().contains('\033'));
+    }
+
+    void demoRoundTrip()
+    {
+        const QString demo = m_folder->filePath("demo");
+        const QStringList profiles {"--profiles", m_folder->filePath("profiles")};
+        const auto run = [&profiles](const QStringList &arguments) {
+            const Ended ended = start(arguments + profiles);
+            if (ended.status != 0)
+                QTest::qFail(ended.err + ended.out, __FILE__, __LINE__);
+            return ended;
+        };
+        run({"demo", demo});
+        const QByteArray image = fileBytes(demo + "/demo.z64");
+        QCOMPARE(image.size() % (1024 * 1024), 0);
+        QVERIFY(QFile::exists(demo + "/demo.v64"));
+        QVERIFY(run({"list", demo + "/demo.n64"}).out == run({"list", demo + "/demo.z64"}).out);
+        run({"verify", demo + "/demo.z64"});
+        // Back to the byte, but for the clear texels whose colours verify remarks on: those are gone after the first time.
+        run({"extract", demo + "/demo.z64", "-o", m_folder->filePath("out")});
+        run({"import-folder", demo + "/demo.v64", m_folder->filePath("out/Root"), "-o", m_folder->filePath("once.z64")});
+        QVERIFY(run({"verify", m_folder->filePath("once.z64")}).out.endsWith(" 0 faulty: 0 problems, 0 remarks\n"));
+        run({"extract", m_folder->filePath("once.z64"), "-o", m_folder->filePath("out")});
+        run({"import-folder", demo + "/demo.n64", m_folder->filePath("out/Root"), "-o", m_folder->filePath("twice.z64")});
+        const QByteArray once = fileBytes(m_folder->filePath("once.z64"));
+        QVERIFY(fileBytes(m_folder->filePath("twice.z64")) == once);
+        QCOMPARE(once.size(), image.size());
+        const int before = run({"verify", demo + "/demo.z64"}).out.count(": transparent: ");
+        QCOMPARE(once == image, before == 0);
+        QVERIFY(!run({"search", demo + "/demo.z64", demo + "/search"}).out.contains("Not found"));
+        QVERIFY(run({"demo", demo}).out.contains("Kept"));
+    }
+
 private:
+    /// A profile of \a count entries that all have the same bytes.
+    void addProfileOf(int count) const
+    {
+        QByteArray list = "<root version=\"2\">";
+        for (int i = 0; i < count; ++i)
+            list += "<texture name=\"" + QByteArray::number(i) + "\" address=\"0x100\" format=\"i8\" width=\"4\" height=\"4\"/>";
+        QDir().mkpath(m_folder->filePath("profiles/NQLE0/default"));
+        writeFile(m_folder->filePath("profiles/NQLE0/default/fileList.xml"), list + "</root>");
+    }
+
     QScopedPointer<QTemporaryDir> m_folder;
     QString m_path;
 };

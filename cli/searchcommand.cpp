@@ -1,0 +1,257 @@
+// SPDX-License-Identifier: MIT
+#include "cli/arguments.h"
+#include "cli/commandtable.h"
+#include "cli/interrupt.h"
+#include "cli/output.h"
+#include "cli/profile.h"
+#include "cli/tablewalk.h"
+#include "cli/terminalprogress.h"
+#include "model/hexnumber.h"
+#include "model/rom.h"
+#include "search/picturefiles.h"
+#include "search/searchobserver.h"
+#include "search/texturesearch.h"
+
+#include <QFileInfo>
+#include <QImageReader>
+#include <QJsonArray>
+#include <QJsonObject>
+
+namespace cli
+{
+namespace
+{
+/// By the numbers of DuplicateMode.
+const QStringList &duplicateChoices()
+{
+    static const QStringList choices {QStringLiteral("overwrite"), QStringLiteral("create"), QStringLiteral("ignore")};
+    return choices;
+}
+
+struct SearchedPicture
+{
+    QString path;
+    QSize size;
+    bool readable = true;
+    int copies = 0;
+};
+
+struct Hit
+{
+    int picture; ///< Place in the list of pictures.
+    QString format;
+    int position; ///< In the folder.
+};
+
+/// Keeps what a search finds, and shows how far it is.
+class SearchReport : public SearchObserver
+{
+public:
+    SearchReport(int count, QTextStream &err) : m_progress(err) { m_progress.setMaximum(count); }
+
+    void setValue(int value) override { m_progress.setValue(value); }
+    bool cancelled() override { return cli::interrupted(); }
+
+    void beginPicture(const QString &file, int, int) override
+    {
+        m_progress.setLabel(QStringLiteral("Searching for ") + QFileInfo(file).fileName());
+        pictures.append({file, QImageReader(file).size(), true, 0});
+    }
+    void cannotReadPicture(const QString &) override { pictures.last().readable = false; }
+    void foundCopy(const QString &format, int position) override
+    {
+        ++pictures.last().copies;
+        hits.append({pictures.size() - 1, format, position});
+    }
+    void copyHandled(Outcome outcome) override
+    {
+        added += outcome == Outcome::Ignored ? 0 : 1;
+        overwritten += outcome == Outcome::Overwrote ? 1 : 0;
+    }
+
+    /// Before other text goes to the terminal.
+    void clearProgress() { m_progress.clear(); }
+
+    QVector<SearchedPicture> pictures;
+    QVector<Hit> hits;
+    int added = 0;
+    int overwritten = 0;
+
+private:
+    TerminalProgress m_progress;
+};
+
+/// The formats that --formats names, without it those that the window offers: all that show colours by themselves.
+QMap<QString, textureFormat> chosenFormats(const Arguments &arguments)
+{
+    const QMap<QString, textureFormat> all = textureFormats::getAsMap();
+    QMap<QString, textureFormat> chosen;
+    if (!arguments.isSet("formats")) {
+        for (const textureFormat &format : all) {
+            if (!format.usesPalette && format.name != textureFormats::jpeg.name)
+                chosen.insert(format.name, format);
+        }
+        return chosen;
+    }
+    const QStringList names = arguments.value("formats").split(QLatin1Char(','));
+    for (const QString &name : names) {
+        const std::optional<textureFormat> format = parsedFormat(name);
+        if (!format)
+            arguments.reject(QStringLiteral("There is no texture format \"%1\"; there are %2").arg(name, formatNames()));
+        else if (format->name == textureFormats::jpeg.name)
+            arguments.reject(QStringLiteral("Pictures cannot be searched for as jpeg: no two encoders agree"));
+        else
+            chosen.insert(format->name, *format);
+    }
+    return chosen;
+}
+
+/// The pictures that the arguments from \a first on name; a folder stands for those in it. False with the reason said when one
+/// of them is not there.
+bool collectPictures(const Arguments &arguments, QStringList *files, Streams &streams)
+{
+    const QStringList given = arguments.positionals().mid(1);
+    for (const QString &path : given) {
+        const QFileInfo info(path);
+        if (!info.exists()) {
+            streams.failed(QStringLiteral("There is no file or folder %1").arg(path));
+            return false;
+        }
+        if (info.isDir())
+            *files += picturesInFolder(path, !arguments.isSet("no-subfolders"));
+        else
+            *files << path;
+    }
+    return true;
+}
+
+QJsonObject json(const SearchReport &report, const fileTreeDirectory &folder)
+{
+    QJsonArray pictures;
+    for (const SearchedPicture &picture : report.pictures)
+        pictures.append(QJsonObject {{QStringLiteral("picture"), picture.path},
+                                     {QStringLiteral("readable"), picture.readable},
+                                     {QStringLiteral("copies"), picture.copies}});
+    QJsonArray hits;
+    for (const Hit &hit : report.hits) {
+        const SearchedPicture &picture = report.pictures.at(hit.picture);
+        hits.append(QJsonObject {{QStringLiteral("picture"), picture.path},
+                                 {QStringLiteral("format"), hit.format},
+                                 {QStringLiteral("address"), folder.realAddress() + hit.position},
+                                 {QStringLiteral("offset"), hit.position},
+                                 {QStringLiteral("width"), picture.size.width()},
+                                 {QStringLiteral("height"), picture.size.height()}});
+    }
+    return {{QStringLiteral("identifier"), currentROM.romID}, {QStringLiteral("folder"), fullPath(folder)},
+            {QStringLiteral("pictures"), pictures},           {QStringLiteral("hits"), hits},
+            {QStringLiteral("added"), report.added},          {QStringLiteral("overwritten"), report.overwritten}};
+}
+
+void printText(const SearchReport &report, const fileTreeDirectory &folder, QTextStream &out)
+{
+    for (const Hit &hit : report.hits) {
+        const SearchedPicture &picture = report.pictures.at(hit.picture);
+        const QString size = QStringLiteral("%1x%2").arg(picture.size.width()).arg(picture.size.height());
+        out << hexNumber(folder.realAddress() + hit.position) << QLatin1String("  ") << hit.format.leftJustified(8)
+            << QLatin1String("  ") << size.leftJustified(11) << QLatin1String("  ") << printable(picture.path) << '\n';
+    }
+    for (const SearchedPicture &picture : report.pictures) {
+        if (picture.readable && picture.copies == 0)
+            out << QLatin1String("Not found: ") << printable(picture.path) << '\n';
+    }
+    out << (report.hits.size() == 1 ? QStringLiteral("1 copy") : QStringLiteral("%1 copies").arg(report.hits.size()))
+        << QLatin1String(" found of ") << counted(report.pictures.size(), QStringLiteral("picture")) << '\n';
+}
+
+/// Searches \a folder, says what was found, and puts it into the file list when that is wanted.
+int search(const Arguments &arguments, fileTreeDirectory *folder, const QStringList &files, const ChosenProfile &profile,
+           Streams &streams)
+{
+    const bool adding = arguments.isSet("add");
+    const int mode = arguments.choice("duplicates", duplicateChoices()).value_or(OverwriteEntry);
+    SearchReport report(files.size(), streams.err);
+    TextureSearch(folder, {chosenFormats(arguments), arguments.isSet("first-only"), adding ? mode : DoNotCreateEntry}, &report)
+        .run(files);
+    report.clearProgress();
+
+    bool allReadable = true;
+    for (const SearchedPicture &picture : qAsConst(report.pictures)) {
+        allReadable = allReadable && picture.readable;
+        if (!picture.readable)
+            streams.remark(QStringLiteral("Cannot read picture %1").arg(picture.path));
+    }
+    if (arguments.isSet("json"))
+        printJson(streams.out, json(report, *folder));
+    else
+        printText(report, *folder, streams.out);
+    if (interrupted())
+        return streams.failed(QStringLiteral("Interrupted; not everything was searched, and no file list was written"));
+    if (adding && report.added > 0) {
+        QString sentence;
+        QTextStream aside(&sentence);
+        Streams quiet(aside, streams.err);
+        const int status = writeProfile(arguments, profile, arguments.isSet("json") ? quiet : streams);
+        if (status != Done)
+            return status;
+    }
+    return allReadable ? Done : Failed;
+}
+
+int run(const Arguments &arguments, Streams &streams)
+{
+    const bool adding = arguments.isSet("add");
+    chosenFormats(arguments);
+    arguments.choice("duplicates", duplicateChoices());
+    if (!adding && (arguments.isSet("duplicates") || arguments.isSet("dry-run")))
+        arguments.reject(QStringLiteral("Only --add writes a file list; without it there is nothing to choose"));
+    if (arguments.rejected(streams))
+        return WrongUsage;
+
+    OpenedImage image;
+    ChosenProfile profile;
+    QStringList files;
+    const bool tableNeeded = adding || arguments.isSet("in");
+    if (!openImage(arguments, &image, streams)
+        || (tableNeeded && !openProfile(arguments, adding ? MissingList::StartEmpty : MissingList::Refuse, &profile, streams))
+        || !collectPictures(arguments, &files, streams))
+        return Failed;
+    QString path = arguments.isSet("in") ? arguments.value("in") : QString();
+    if (!path.isEmpty() && !path.endsWith(QLatin1Char('/')))
+        path += QLatin1Char('/'); // Only a folder has a range.
+    const TableNode node = nodeAtPath(currentROM.root, path);
+    if (!node.folder)
+        return streams.failed(pathNamesNothing(arguments.value("in"), profile));
+    return search(arguments, node.folder, files, profile, streams);
+}
+}
+
+Command searchCommand()
+{
+    QList<QCommandLineOption> options {
+        {QStringLiteral("in"), QStringLiteral("Search the range of this folder of the table; without it the whole image."),
+         QStringLiteral("PATH")},
+        {QStringLiteral("formats"),
+         QStringLiteral("The formats to try, separated by commas; without it i4, i8, ia16, ia4, ia8, rgb5a1, rgba32."),
+         QStringLiteral("LIST")},
+        {QStringLiteral("first-only"), QStringLiteral("End the search for a picture after its first copy.")},
+        {QStringLiteral("no-subfolders"), QStringLiteral("Leave out pictures in the subfolders of the folders given.")},
+        {QStringLiteral("add"), QStringLiteral("Add the copies found to the profile's file list, in the folder searched.")},
+        {QStringLiteral("duplicates"),
+         QStringLiteral(
+             "With --add, what becomes of entries that are already there: overwrite (the default), create one more, or "
+             "ignore what was found."),
+         QStringLiteral("overwrite|create|ignore")},
+        {QStringLiteral("dry-run"), QStringLiteral("With --add, write no file list, but say what would change.")}};
+    options << profileOptions() << jsonOption();
+    return {QStringLiteral("search"),
+            QStringLiteral("Find where pictures lie in the image."),
+            QStringLiteral("IMAGE PICTURE..."),
+            QStringLiteral(
+                "Searches for the bytes that each picture has in each format, at any alignment. A folder stands for the PNG\n"
+                "files in it. Prints each copy: address, format, width and height, and the picture."),
+            2,
+            -1,
+            options,
+            run};
+}
+}

@@ -1,0 +1,45 @@
+# SPDX-License-Identifier: MIT
+# Completion of quillary-cli's commands, options and fixed values for bash; file names are left to the shell.
+
+_quillary_cli()
+{
+    local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD-1]} command=${COMP_WORDS[1]}
+    local formats='ci4 ci8 i4 i8 ia16 ia4 ia8 jpeg rgb5a1 rgba16 rgba32'
+    local write='-o --output --in-place --dry-run' profile='--profile --profiles'
+    local texture='--offset --format --width --height --palette'
+    COMPREPLY=()
+
+    if [[ $COMP_CWORD -eq 1 ]]; then
+        COMPREPLY=($(compgen -W 'info convert list extract replace import-folder import-pack search verify checksum demo
+            --help --version' -- "$current"))
+        return
+    fi
+    case $previous in
+    --order) COMPREPLY=($(compgen -W 'z64 v64 n64' -- "$current")); return ;;
+    --resize) COMPREPLY=($(compgen -W 'ignore keep' -- "$current")); return ;;
+    --duplicates) COMPREPLY=($(compgen -W 'overwrite create ignore' -- "$current")); return ;;
+    --format | --formats) COMPREPLY=($(compgen -W "$formats" -- "$current")); return ;;
+    --chip) COMPREPLY=($(compgen -W '6101 6102 6103 6105 6106 7101 7102 7103 7105 7106' -- "$current")); return ;;
+    # A file or folder, which the shell completes, or something that only the user knows.
+    -o | --output | --profiles | --profile | --in | --offset | --width | --height | --palette) return ;;
+    esac
+    [[ $current == -* ]] || return
+
+    local options='-h --help'
+    case $command in
+    info) options+=' --profiles --json' ;;
+    convert) options+=" --order $write" ;;
+    list) options+=" $profile --json" ;;
+    extract) options+=" -o --output $texture $profile" ;;
+    replace) options+=" --resize $texture $write $profile" ;;
+    import-folder) options+=" $write $profile --json" ;;
+    import-pack) options+=" $write --no-add $profile --json" ;;
+    search) options+=" --in --formats --first-only --no-subfolders --add --duplicates --dry-run $profile --json" ;;
+    verify) options+=" --gaps $profile --json" ;;
+    checksum) options+=" --fix --chip $write --json" ;;
+    demo) options+=' --profiles' ;;
+    esac
+    COMPREPLY=($(compgen -W "$options" -- "$current"))
+}
+
+complete -o bashdefault -o default -F _quillary_cli quillary-cli
