@@ -4,7 +4,6 @@
 #include "app/screenshot.h"
 
 #include <QApplication>
-#include <QIcon>
 #include <QTimer>
 
 int main(int argc, char *argv[])
@@ -22,7 +21,6 @@ int main(int argc, char *argv[])
     QCoreApplication::setAttribute(Qt::AA_DontShowIconsInMenus, true);
 
     MainWindow window;
-    QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/quillary")));
     window.show();
     const ProgramOptions options = programOptions(QCoreApplication::arguments());
     if (!options.screenshot.isEmpty())
