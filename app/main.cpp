@@ -4,6 +4,7 @@
 #include "app/screenshot.h"
 
 #include <QApplication>
+#include <QIcon>
 #include <QTimer>
 
 int main(int argc, char *argv[])
@@ -21,6 +22,7 @@ int main(int argc, char *argv[])
     QCoreApplication::setAttribute(Qt::AA_DontShowIconsInMenus, true);
 
     MainWindow window;
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/quillary")));
     window.show();
     const ProgramOptions options = programOptions(QCoreApplication::arguments());
     if (!options.screenshot.isEmpty())

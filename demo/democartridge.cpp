@@ -65,7 +65,7 @@ void addTitle(Layout *layout)
                 banner(QStringLiteral("LET IT SNOW"), 128, 16));
     addSquare(layout, QStringLiteral("Sky"), rgb5a1, 64, sky);
     addSquare(layout, QStringLiteral("Sun"), rgba32, 64, sun);
-    addSeasons(layout, QStringLiteral("Panorama"), jpeg, [](Season season) { return panorama(320, 160, season); });
+    addSeasons(layout, QStringLiteral("Panorama"), jpeg, [](Season season) { return panorama(224, 112, season); });
     layout->skip(jpegRoom - layout->cartridge.textures.last().data.size());
 }
 

@@ -104,7 +104,11 @@ QImage logo(QRgb top, QRgb bottom)
 
 QImage banner(const QString &line, int width, int height)
 {
-    QImage picture = painted(width, height, [&](int x, int) { return grey(40, qMin(x, width - 1 - x) * 680 / width); });
+    QImage picture = painted(width, height, [&](int x, int) {
+        // Alpha below the format's first step would leave a colour that nobody sees.
+        const int alpha = qMin(x, width - 1 - x) * 680 / width;
+        return alpha < 17 ? grey(0, 0) : grey(40, alpha);
+    });
     const QImage letters = text(line, grey(255));
     drawOnto(&picture, letters, (width - letters.width()) / 2, (height - letters.height()) / 2);
     return picture;
