@@ -299,7 +299,8 @@ void MainWindow::setupGUI()
     m_centralWidget->setLayout(m_horizontalLayout);
     setCentralWidget(m_centralWidget);
 
-    resize(QSize(1180, 720).boundedTo(screen()->availableSize()));
+    // All columns and the panels beside them, but no more than nearly the whole screen.
+    resize(QSize(1600, 900).boundedTo(screen()->availableSize() * 0.92));
 }
 
 void MainWindow::updateRecentFileActions()

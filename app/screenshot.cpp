@@ -48,6 +48,8 @@ bool takeScreenshot(MainWindow *window, const QString &image, const QString &pat
     QTimer boxCloser;
     QObject::connect(&boxCloser, &QTimer::timeout, closeMessageBox);
     boxCloser.start(0);
+    // Whatever the size of the screen, which a platform without a display makes up.
+    window->resize(1280, 800);
     if (!image.isEmpty()) {
         window->loadFile(image);
         if (!currentROM.loaded)
