@@ -76,6 +76,7 @@ void rememberFolder(QSettings *settings, const QString &folder)
 SizeAnswer askHowToResize(const QSize &picture, const QSize &texture)
 {
     QMessageBox box;
+    box.setIcon(QMessageBox::Question);
     box.addButton(QMessageBox::Abort);
     const QAbstractButton *keep = box.addButton(MainWindow::tr("Keep Aspect Ratio"), QMessageBox::ActionRole);
     const QAbstractButton *ignore = box.addButton(MainWindow::tr("Ignore Aspect Ratio"), QMessageBox::ActionRole);
@@ -243,6 +244,7 @@ void MainWindow::importFolder()
         progress->setValue(count);
     }
     QMessageBox box;
+    box.setIcon(QMessageBox::Information);
     box.setText(tr("%1 has been imported into %2").arg(chosen, folder ? folder->path() + folder->name : QString()));
     box.setDetailedText(report);
     showTextAsItIs(&box);
