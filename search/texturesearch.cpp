@@ -10,14 +10,10 @@
 
 #include <cmath>
 
-namespace
+qint64 mostPatternBytes(qint64 rangeSize)
 {
-/// Bytes of patterns to keep at once. With the sweep's tables, the list of runs and the copies found, a batch stays within a
-/// quarter of the range's size; in a small range within a few MiB.
-qint64 mostPatternBytes(const ByteRange &range)
-{
-    return qMax<qint64>(range.size / 32 * 3, 1024 * 1024);
-}
+    constexpr qint64 alwaysAllowed = 1024 * 1024;
+    return qMax(rangeSize / 32 * 3, alwaysAllowed);
 }
 
 ByteRange rangeOfFolder(const fileTreeDirectory &folder)
@@ -88,7 +84,7 @@ void TextureSearch::loadBatch(const QStringList &files, int first)
     QVector<QByteArray> patterns;
     QHash<QByteArray, int> places;
     qint64 bytes = 0;
-    for (int i = first; i < files.size() && bytes < mostPatternBytes(m_range); ++i) {
+    for (int i = first; i < files.size() && bytes < mostPatternBytes(m_range.size); ++i) {
         if (!addToBatch(files.at(i), &patterns, &places, &bytes))
             break;
     }
@@ -113,7 +109,7 @@ bool TextureSearch::addToBatch(const QString &file, QVector<QByteArray> *pattern
     double bytesPerPixel = 0;
     for (const textureFormat &format : qAsConst(m_options.formats))
         bytesPerPixel += format.bytesPerPixel;
-    picture.isLarge = double(picture.width) * picture.height * bytesPerPixel > double(mostPatternBytes(m_range));
+    picture.isLarge = double(picture.width) * picture.height * bytesPerPixel > double(mostPatternBytes(m_range.size));
     if (picture.isReadable && !picture.isLarge) {
         for (const textureFormat &format : qAsConst(m_options.formats)) {
             const QByteArray pattern = encoded(image, format);

@@ -23,6 +23,10 @@ struct TextureSearchOptions
     int duplicateMode = OverwriteEntry; ///< A DuplicateMode.
 };
 
+/// Bytes of patterns to keep at once for a range of \a rangeSize bytes. With the sweep's tables, the list of runs and the copies
+/// found, a batch then stays within a quarter of the range's size; in a small range within a few MiB.
+qint64 mostPatternBytes(qint64 rangeSize);
+
 /// The bytes of the loaded image that \a folder covers: its size from its real address on, cut at both ends of the image.
 ByteRange rangeOfFolder(const fileTreeDirectory &folder);
 
