@@ -287,8 +287,11 @@ template<typename Node> void fileTreeDirectory::NamedList<Node>::sort(QList<Node
     const bool indexIsValid = list->isSharedWith(indexed);
     indexed.clear();
     std::stable_sort(list->begin(), list->end(), [](const Node *a, const Node *b) { return a->address < b->address; });
+    // Without an index the next name asked for makes one; an emptied list could not be told from the cleared copy otherwise.
     if (indexIsValid)
         indexed = *list;
+    else
+        index.reset();
 }
 
 fileTreeDirectory::fileTreeDirectory()

@@ -70,6 +70,7 @@ private slots:
     void fileFromPathWritesALine();
     void containsFile();
     void sortIsByRelativeAddress();
+    void sortedEmptiedFolderForgetsNames();
     void boundary_data();
     void boundary();
     void boundaryWithoutImage();
@@ -510,6 +511,28 @@ void FileTableTest::containsFile()
     QCOMPARE(currentROM.root->containsFile(&other, true), 1);
     other.format = QStringLiteral("RGBA32");
     QCOMPARE(currentROM.root->containsFile(&other, true), -1);
+}
+
+void FileTableTest::sortedEmptiedFolderForgetsNames()
+{
+    fileTreeDirectory folder;
+    for (int round = 0; round < 2; ++round) {
+        auto *file = new fileTreeFile;
+        file->name = QStringLiteral("Sky");
+        auto *directory = new fileTreeDirectory;
+        directory->name = QStringLiteral("Level");
+        folder.addFile(file);
+        folder.addDirectory(directory);
+        QCOMPARE(QString(file->name), QStringLiteral("Sky"));
+        QCOMPARE(QString(directory->name), QStringLiteral("Level"));
+        // As when a table is replaced, saved while it is empty, and replaced again.
+        for (int i = 0; i < 2; ++i) {
+            folder.files.clear();
+            folder.directories.clear();
+            if (i == 0)
+                folder.sort();
+        }
+    }
 }
 
 void FileTableTest::sortIsByRelativeAddress()
