@@ -40,14 +40,6 @@ int strideFor(int sweepClass, int shortestPattern, int patternCount)
     return stride;
 }
 
-/// Compares \a size bytes of which those of \a flat are a periodic run in both: its first word stands for all of it. What comes
-/// behind the run is looked at first, since it differs most.
-bool equalBesideFlatPart(const char *a, const char *b, int size, const PeriodicRun &flat)
-{
-    return std::memcmp(a + flat.end, b + flat.end, size_t(size - flat.end)) == 0
-        && std::memcmp(a, b, size_t(flat.begin + wordBytes)) == 0;
-}
-
 /// Patterns shorter than this are no matter for sweep or runs: their copies abound.
 constexpr int shortestSweptPattern = sweepClasses[0].shortestPattern;
 }
@@ -194,7 +186,7 @@ int PatternSearch::nextAroundRun(const Pattern &pattern, Walk *walk)
             continue;
         if (!m_steps->add(pattern.size))
             return -1;
-        if (equalBesideFlatPart(m_range.data + position, pattern.bytes, pattern.size, flat))
+        if (std::memcmp(m_range.data + position, pattern.bytes, size_t(pattern.size)) == 0)
             return position;
     }
     return -1;
