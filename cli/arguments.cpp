@@ -81,9 +81,9 @@ QString Arguments::helpText() const
 {
     // The parser's own first line would name the file that was started and not the command.
     const QString text = m_parser.helpText();
-    return QStringLiteral("Usage: quillary-cli %1 [options] %2\n%3\n")
+    return QStringLiteral("Usage: quillary-cli %1 [options] %2\n%3\n\n")
                .arg(m_command.name, m_command.synopsis, m_command.description)
-        + text.mid(text.indexOf(QLatin1Char('\n')));
+        + text.mid(text.indexOf(QLatin1String("Options:")));
 }
 
 bool Arguments::isSet(const char *option) const

@@ -28,7 +28,7 @@ QString titleOf(const QByteArray &image)
     const QTextCodec *codec = QTextCodec::codecForName("Shift-JIS");
     const char *characters = image.constData() + titleOffset;
     const int length = int(qstrnlen(characters, titleBytes));
-    const QString title = codec ? codec->toUnicode(characters, length) : QString::fromLatin1(characters, length);
+    const QString title = codec ? codec->toUnicode(characters, length) : QString(QLatin1String(characters, length));
     return printable(title).trimmed();
 }
 

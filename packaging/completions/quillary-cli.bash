@@ -10,16 +10,16 @@ _quillary_cli()
     COMPREPLY=()
 
     if [[ $COMP_CWORD -eq 1 ]]; then
-        COMPREPLY=($(compgen -W 'info convert list extract replace import-folder import-pack search verify checksum demo
-            --help --version' -- "$current"))
+        mapfile -t COMPREPLY < <(compgen -W 'info convert list extract replace import-folder import-pack search verify checksum demo
+            --help --version' -- "$current")
         return
     fi
     case $previous in
-    --order) COMPREPLY=($(compgen -W 'z64 v64 n64' -- "$current")); return ;;
-    --resize) COMPREPLY=($(compgen -W 'ignore keep' -- "$current")); return ;;
-    --duplicates) COMPREPLY=($(compgen -W 'overwrite create ignore' -- "$current")); return ;;
-    --format | --formats) COMPREPLY=($(compgen -W "$formats" -- "$current")); return ;;
-    --chip) COMPREPLY=($(compgen -W '6101 6102 6103 6105 6106 7101 7102 7103 7105 7106' -- "$current")); return ;;
+    --order) mapfile -t COMPREPLY < <(compgen -W 'z64 v64 n64' -- "$current"); return ;;
+    --resize) mapfile -t COMPREPLY < <(compgen -W 'ignore keep' -- "$current"); return ;;
+    --duplicates) mapfile -t COMPREPLY < <(compgen -W 'overwrite create ignore' -- "$current"); return ;;
+    --format | --formats) mapfile -t COMPREPLY < <(compgen -W "$formats" -- "$current"); return ;;
+    --chip) mapfile -t COMPREPLY < <(compgen -W '6101 6102 6103 6105 6106 7101 7102 7103 7105 7106' -- "$current"); return ;;
     # A file or folder, which the shell completes, or something that only the user knows.
     -o | --output | --profiles | --profile | --in | --offset | --width | --height | --palette) return ;;
     esac
@@ -39,7 +39,7 @@ _quillary_cli()
     checksum) options+=" --fix --chip $write --json" ;;
     demo) options+=' --profiles' ;;
     esac
-    COMPREPLY=($(compgen -W "$options" -- "$current"))
+    mapfile -t COMPREPLY < <(compgen -W "$options" -- "$current")
 }
 
 complete -o bashdefault -o default -F _quillary_cli quillary-cli
