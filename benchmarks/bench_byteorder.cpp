@@ -9,9 +9,10 @@
 
 namespace
 {
-void swapBytesOneByOne(char *bytes, int size, int step, int (*reported)(int))
+/// Byte by byte in the array that holds the image, looking for progress at each step.
+void swapBytesOneByOne(QByteArray &bytes, int step, int (*reported)(int))
 {
-    for (int i = 0; i < size; i += 2) {
+    for (int i = 0; i < bytes.size(); i += 2) {
         if (i % step <= 1)
             reported(i);
         const char first = bytes[i];
@@ -20,9 +21,9 @@ void swapBytesOneByOne(char *bytes, int size, int step, int (*reported)(int))
     }
 }
 
-void reverseBytesOneByOne(char *bytes, int size, int step, int (*reported)(int))
+void reverseBytesOneByOne(QByteArray &bytes, int step, int (*reported)(int))
 {
-    for (int i = 0; i < size; i += 4) {
+    for (int i = 0; i < bytes.size(); i += 4) {
         if (i % step <= 3)
             reported(i);
         const char old[4] = {bytes[i], bytes[i + 1], bytes[i + 2], bytes[i + 3]};
@@ -58,7 +59,7 @@ int main()
             for (int i = 0; i < repetitions; ++i) {
                 converting << double(nanosecondsOf([&] { convertByteOrder(&image, order, [](int bytes) { report(bytes); }); }));
                 copying << double(nanosecondsOf([&] { std::memcpy(copy.data(), image.constData(), size_t(size)); }));
-                looping << double(nanosecondsOf([&] { loop(image.data(), size, size / 100, report); }));
+                looping << double(nanosecondsOf([&] { loop(image, size / 100, report); }));
                 toCopy << converting.last() / copying.last();
                 toLoop << looping.last() / converting.last();
             }
