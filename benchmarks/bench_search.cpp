@@ -101,14 +101,24 @@ QImage madePicture(int kind)
         for (int x = 0; x < side; ++x) {
             const bool inside = x >= margin && x < side - margin && y >= margin && y < side - margin;
             QRgb colour = 0;
-            switch (kind % 7) {
-            case 0: colour = qRgba(below(256), below(256), below(256), 255); break;
-            case 1: colour = grey(qBound(0, base + x + y + below(9), 255)); break;
-            case 2: colour = inside ? qRgba(below(256), below(256), below(256), 255) : 0; break;
-            case 3: colour = grey(below(colours) * 60); break;
-            case 4: colour = qRgba(0, below(256), below(256), 255); break;
-            case 5: colour = grey(kind % 2 ? base : 0); break;
-            default: colour = inside && below(40) == 0 ? grey(255) : 0; break;
+            switch (kind % 20) {
+            case 0: colour = qRgba(0, below(256), below(256), 255); break;
+            case 1: colour = grey(base); break;
+            case 2: colour = inside && below(40) == 0 ? grey(255) : 0; break;
+            case 3: colour = kind % 40 == 3 ? 0 : grey(base); break;
+            case 4:
+            case 5:
+            case 6:
+            case 7: colour = qRgba(below(256), below(256), below(256), 255); break;
+            case 8:
+            case 9:
+            case 10:
+            case 11: colour = grey(below(colours) * 60); break;
+            case 12:
+            case 13:
+            case 14:
+            case 15: colour = inside ? qRgba(below(256), below(256), below(256), 255) : 0; break;
+            default: colour = grey(qBound(0, base + x + y + below(9), 255)); break;
             }
             picture.setPixel(x, y, colour);
         }
@@ -157,22 +167,20 @@ int countByIndexOf(const QByteArray &range, const QByteArray &pattern)
     return copies;
 }
 
-/// All copies of all patterns, batch by batch.
+/// All copies of all patterns, batch by batch, as a search for pictures asks for them.
 qint64 countBySearch(const QByteArray &range, const QVector<QByteArray> &patterns, bool firstOnly)
 {
     WorkSteps steps([] { return false; });
     PatternSearch search({range.constData(), range.size(), 0}, &steps);
     qint64 copies = 0;
     for (int first = 0; first < patterns.size();) {
-        QVector<QByteArray> batch;
-        qint64 bytes = 0;
-        while (first < patterns.size() && bytes < mostPatternBytes(range.size())) {
-            bytes += patterns.at(first).size();
-            batch.append(patterns.at(first++));
-        }
-        search.setPatterns(batch, firstOnly);
-        for (int i = 0; i < batch.size(); ++i) {
-            PatternSearch::Walk walk(i);
+        PatternBatch batch;
+        QVector<int> places;
+        while (first < patterns.size() && batch.bytes() < mostPatternBytes(range.size()))
+            places.append(batch.add(patterns.at(first++)));
+        search.setPatterns(batch.patterns(), firstOnly);
+        for (const int place : qAsConst(places)) {
+            PatternSearch::Walk walk(place);
             while (search.next(&walk) >= 0) {
                 ++copies;
                 if (firstOnly)
@@ -229,7 +237,7 @@ void searchForPictures(QByteArray range)
     QVector<QByteArray> all;
     QVector<int> ends; // of the patterns of each picture
     for (int kind = 0; kind < 1000; ++kind) {
-        const QVector<QByteArray> patterns = encodedInAllFormats(madePicture(kind));
+        const QVector<QByteArray> patterns = encodedInAllFormats(madePicture(kind + 12));
         if (kind % 2) {
             const QByteArray &copy = patterns.at(below(patterns.size()));
             const int place = below(range.size() - copy.size()) & ~(kind % 8 == 1 ? 0 : 7);
@@ -239,8 +247,8 @@ void searchForPictures(QByteArray range)
         ends.append(all.size());
     }
     std::printf("\nPictures of 32 x 32 in seven formats in 64 MiB of mixed content\n");
-    std::printf("%-9s %9s %22s %22s %14s %11s %8s\n", "pictures", "copies", "all copies", "first copies", "memmem each", "speed-up",
-                "");
+    std::printf("%-9s %9s %22s %22s %14s %11s %8s\n", "pictures", "copies", "all copies", "first copies", "memmem each",
+                "speed-up", "");
     const int counts[] = {1, 10, 100, 1000};
     const double targets[] = {12, 15, 20, 40};
     const double stretches[] = {3, 5, 8, 30};
@@ -264,25 +272,33 @@ void searchForPictures(QByteArray range)
     }
     rusage usage;
     getrusage(RUSAGE_SELF, &usage);
-    std::printf("most memory ever used, with range, pictures' patterns and their copies: %.1f MiB\n", double(usage.ru_maxrss) / 1024);
-    std::printf("QByteArray::indexOf, four patterns of the first sprite in a sixteenth of the range:");
+    std::printf("most memory ever used, with range, pictures' patterns and their copies: %.1f MiB\n",
+                double(usage.ru_maxrss) / 1024);
+    std::printf("QByteArray::indexOf, the first four patterns, a sprite's, in a sixteenth of the range:");
     const QByteArray part = range.left(rangeSize / 16);
-    for (int p = ends.at(1); p < ends.at(1) + 4; ++p) {
+    for (int p = 0; p < 4; ++p) {
         const qint64 taken = nanosecondsOf([&] { sink = quint64(countByIndexOf(part, all.at(p))); });
         std::printf(" %.0f ms", milliseconds(taken));
     }
     std::printf("\n");
 }
 
-void searchForOne(const char *what, const QByteArray &range, const QByteArray &pattern, bool flat)
+bool isFlat(const QByteArray &pattern)
+{
+    return pattern == repeated(pattern.left(wordBytes), pattern.size());
+}
+
+void searchForOne(const char *what, const QByteArray &range, const QByteArray &pattern)
 {
     const Timed memmem = timed(range, 3, [&] { return qint64(countByMemmem(range, pattern)); });
     const Timed search = timed(range, rounds, [&] { return countBySearch(range, {pattern}, false); });
     compareCounts(what, memmem.copies, search.copies);
     const double ratio = search.time / memmem.time;
-    const bool met = flat ? search.passes <= 3 : ratio <= 1.5 && search.passes <= 50;
+    constexpr int shortestOfTarget = 64;
+    const bool met = isFlat(pattern) ? search.passes <= 3 : ratio <= 1.5 && search.passes <= 50;
+    const char *outcome = pattern.size() < shortestOfTarget ? "" : met ? "met" : "MISSED";
     std::printf("%-28s %6d %8lld %9.2f ms %5.1f passes %9.2f ms %6.2f  %s\n", what, pattern.size(),
-                static_cast<long long>(search.copies), search.time, search.passes, memmem.time, ratio, met ? "met" : "MISSED");
+                static_cast<long long>(search.copies), search.time, search.passes, memmem.time, ratio, outcome);
 }
 
 void printHeadOfOne(const char *where)
@@ -299,21 +315,21 @@ void searchForDegenerate()
     for (const int size : {64, 512, 4096}) {
         const QByteArray zeros(size, '\0');
         QByteArray pattern = zeros;
-        searchForOne("all zero", range, pattern, true);
-        searchForOne("flat, absent", range, QByteArray(size, '\x55'), true);
+        searchForOne("all zero", range, pattern);
+        searchForOne("flat, absent", range, QByteArray(size, '\x55'));
         pattern[0] = 1;
-        searchForOne("one set byte, then zeros", range, pattern, false);
+        searchForOne("one set byte, then zeros", range, pattern);
         pattern = zeros;
         pattern[size / 2] = 1;
-        searchForOne("one set byte in the middle", range, pattern, false);
+        searchForOne("one set byte in the middle", range, pattern);
         pattern = zeros;
         pattern[size - 1] = 1;
-        searchForOne("zeros, then one set byte", range, pattern, false);
+        searchForOne("zeros, then one set byte", range, pattern);
         pattern = repeated(tile, size);
-        searchForOne("the tile itself", range, pattern, false);
+        searchForOne("the tile itself", range, pattern);
         pattern[size / 2] = char(pattern.at(size / 2) ^ 1);
-        searchForOne("the tile, one bit changed", range, pattern, false);
-        searchForOne("noise", range, noise(size), false);
+        searchForOne("the tile, one bit changed", range, pattern);
+        searchForOne("noise", range, noise(size));
     }
 }
 
@@ -322,9 +338,9 @@ void searchForParts(const QByteArray &range)
     printHeadOfOne("64 MiB of mixed content");
     for (const int size : {16, 32, 64, 128, 512, 1024, 4096}) {
         for (int i = 0; i < 6; ++i)
-            searchForOne("cut from the range", range, range.mid(below(range.size() - size), size), false);
-        searchForOne("two-valued noise", range, noise(size, 2), false);
-        searchForOne("noise", range, noise(size), false);
+            searchForOne("cut from the range", range, range.mid(below(range.size() - size), size));
+        searchForOne("two-valued noise", range, noise(size, 2));
+        searchForOne("noise", range, noise(size));
     }
 }
 

@@ -16,8 +16,9 @@ constexpr SweepClass sweepClasses[] = {{8, 15}, {24, 63}, {40, 127}};
 constexpr int sweepClassCount = int(std::size(sweepClasses));
 static_assert(sweepClasses[0].shortestPattern >= PatternSweep::shortestPattern(8), "a stride that misses copies");
 
-/// Wider strides, for few long patterns: each costs one table entry per byte of the stride.
-constexpr int wideStrides[] = {56, 120, 248, 504};
+/// Wider strides, for few long patterns: each pattern costs one table entry per byte of the stride. From some 50 bytes on memory
+/// decides how long a sweep takes, until the places looked at are pages rather than lines of the cache apart.
+constexpr SweepClass wideClasses[] = {{56, 456}, {504, 1024}, {1016, 2048}};
 constexpr int mostWideEntries = 4096;
 
 /// The class for a pattern of \a size bytes, -1 for one that is too short for any.
@@ -29,19 +30,54 @@ int sweepClassFor(int size)
     return found;
 }
 
-int strideFor(int sweepClass, int shortestPattern, int patternCount)
+/// The strides to try for patterns of a class, one after the other: what the first refuses, for want of rare words to choose
+/// from, may go with the second.
+QVector<int> stridesFor(int sweepClass, int shortestPattern, int patternCount)
 {
-    constexpr int choices = 8;
-    int stride = sweepClasses[sweepClass].stride;
-    for (int wide : wideStrides) {
-        if (shortestPattern >= wide * choices + wordBytes && wide * patternCount <= mostWideEntries)
-            stride = wide;
+    QVector<int> strides {sweepClasses[sweepClass].stride};
+    int wide = 0;
+    for (const SweepClass &candidate : wideClasses) {
+        if (shortestPattern >= candidate.shortestPattern && candidate.stride * patternCount <= mostWideEntries)
+            wide = candidate.stride;
     }
-    return stride;
+    if (wide > 0)
+        strides.prepend(wide);
+    return strides;
+}
+
+/// After how many bytes, 1, 2, 4 or 8, the bytes of \a word repeat.
+int periodOf(quint64 word)
+{
+    int period = 1;
+    while (period < wordBytes && (word << 8 * period | word >> (64 - 8 * period)) != word)
+        period *= 2;
+    return period;
+}
+
+/// Compares \a size bytes of which those of \a flat are a periodic run in both: its first word stands for all of it. What comes
+/// behind the run is looked at first, since it differs most.
+bool equalBesideFlatPart(const char *a, const char *b, int size, const PeriodicRun &flat)
+{
+    return std::memcmp(a + flat.end, b + flat.end, size_t(size - flat.end)) == 0
+        && std::memcmp(a, b, size_t(flat.begin + wordBytes)) == 0;
 }
 
 /// Patterns shorter than this are no matter for sweep or runs: their copies abound.
 constexpr int shortestSweptPattern = sweepClasses[0].shortestPattern;
+}
+
+int PatternBatch::add(const QByteArray &pattern)
+{
+    if (pattern.isEmpty())
+        return -1;
+    const auto known = m_places.constFind(pattern);
+    if (known != m_places.constEnd())
+        return *known;
+    const int place = m_patterns.size();
+    m_places.insert(pattern, place);
+    m_patterns.append(pattern);
+    m_bytes += pattern.size();
+    return place;
 }
 
 PatternSearch::PatternSearch(const ByteRange &range, WorkSteps *steps) : m_range(range), m_steps(steps) { }
@@ -67,35 +103,47 @@ void PatternSearch::sweepAll(bool firstOnly)
 {
     QVector<Pattern *> classes[sweepClassCount];
     for (Pattern &pattern : m_patterns) {
-        if (pattern.way == Way::Sweep)
+        if (pattern.way == Way::Sweep && !(isFlat(pattern) && lookUpInRuns(&pattern)))
             classes[sweepClassFor(pattern.size)].append(&pattern);
     }
     for (int i = 0; i < sweepClassCount; ++i) {
-        if (classes[i].isEmpty() || m_steps->isUnwanted())
-            continue;
-        if (!m_sample)
-            m_sample = std::make_unique<WordSample>(m_range);
+        QVector<Pattern *> waiting = classes[i];
         int shortest = m_range.size;
-        for (const Pattern *pattern : qAsConst(classes[i]))
+        for (const Pattern *pattern : qAsConst(waiting))
             shortest = qMin(shortest, pattern->size);
-        PatternSweep sweep(m_range, strideFor(i, shortest, classes[i].size()));
-        for (Pattern *pattern : qAsConst(classes[i])) {
-            if (!sweep.add(pattern, *m_sample) && !lookUpInRuns(pattern))
+        const QVector<int> strides = stridesFor(i, shortest, waiting.size());
+        for (const int stride : strides)
+            waiting = sweep(waiting, stride, firstOnly);
+        for (Pattern *pattern : qAsConst(waiting)) {
+            if (!lookUpInRuns(pattern))
                 pattern->way = Way::Plain;
-            if (!m_steps->add(pattern->size))
-                return;
         }
-        // The positions of a batch take at most a thirty-second of the range's size; what exceeds that is found one by one.
-        const int mostPositions = m_range.size / 128 + 1024;
-        if (!sweep.run(firstOnly, mostPositions, m_steps))
-            return;
     }
     for (Pattern &pattern : m_patterns) {
-        if (pattern.way != Way::Sweep)
-            continue;
-        if (pattern.completeBelow >= m_range.size || !lookUpInRuns(&pattern))
+        if (pattern.way == Way::Sweep && (pattern.completeBelow >= m_range.size || !lookUpInRuns(&pattern)))
             keepSeparate(&pattern.positions, pattern.size);
     }
+}
+
+/// Sweeps the range for \a patterns. Returns those that are too frequent for it.
+QVector<PatternSearch::Pattern *> PatternSearch::sweep(const QVector<Pattern *> &patterns, int stride, bool firstOnly)
+{
+    if (patterns.isEmpty() || m_steps->isUnwanted())
+        return {};
+    if (!m_sample)
+        m_sample = std::make_unique<WordSample>(m_range);
+    PatternSweep sweep(m_range, stride);
+    QVector<Pattern *> refused;
+    for (Pattern *pattern : patterns) {
+        if (!sweep.add(pattern, *m_sample))
+            refused.append(pattern);
+        if (!m_steps->add(pattern->size))
+            return {};
+    }
+    // The positions of a sweep take at most a thirty-second of the range's size; what exceeds that is found one by one.
+    const int mostPositions = m_range.size / 128 + 1024;
+    sweep.run(firstOnly, mostPositions, m_steps);
+    return refused;
 }
 
 /// Sorts \a positions and leaves of those that overlap the ones that a search from the front comes to.
@@ -110,6 +158,11 @@ void PatternSearch::keepSeparate(QVector<int> *positions, int size)
     positions->resize(kept);
 }
 
+bool PatternSearch::isFlat(const Pattern &pattern)
+{
+    return std::memcmp(pattern.bytes, pattern.bytes + wordBytes, size_t(pattern.size - wordBytes)) == 0;
+}
+
 bool PatternSearch::lookUpInRuns(Pattern *pattern)
 {
     const PeriodicRun flatPart = longestPeriodicRun(pattern->bytes, pattern->size);
@@ -120,6 +173,7 @@ bool PatternSearch::lookUpInRuns(Pattern *pattern)
     if (flatPart.length() < m_runs.minimumLength()) // Building it may have raised the minimum.
         return false;
     pattern->flatPart = flatPart;
+    pattern->flatPeriod = periodOf(wordAt(pattern->bytes + flatPart.begin));
     pattern->way = Way::Runs;
     return true;
 }
@@ -133,7 +187,9 @@ int PatternSearch::next(Walk *walk)
     switch (pattern.way) {
     case Way::None: break;
     case Way::Sweep: position = nextSwept(pattern, walk); break;
-    case Way::Runs: position = pattern.isFlat() ? nextFlat(pattern, walk) : nextAroundRun(pattern, walk); break;
+    case Way::Runs:
+        position = pattern.flatPart.length() == pattern.size ? nextFlat(pattern, walk) : nextAroundRun(pattern, walk);
+        break;
     case Way::Plain: position = nextPlain(pattern, walk->m_from); break;
     }
     walk->m_from = position < 0 ? m_range.size : position + pattern.size;
@@ -153,16 +209,25 @@ int PatternSearch::nextFlat(const Pattern &pattern, Walk *walk)
 {
     const QVector<PeriodicRun> &runs = m_runs.runs();
     const quint64 word = wordAt(pattern.bytes);
-    for (; walk->m_step < runs.size(); ++walk->m_step) {
-        const PeriodicRun &run = runs.at(walk->m_step);
-        if (!m_steps->add(int(sizeof run)))
+    for (; walk->m_step < runs.size(); ++walk->m_step, walk->m_isInsideRun = false) {
+        if (!m_steps->add(int(sizeof(PeriodicRun))))
             return -1;
-        // Where the first word lies, all of the pattern does; it can lie at one in eight places at least, or nowhere.
-        const int first = qMax(run.begin, walk->m_from);
-        const int last = qMin(run.end - pattern.size, first + wordBytes - 1);
-        for (int position = first; position <= last; ++position) {
-            if (wordAt(m_range.data + position) == word)
+        const PeriodicRun &run = runs.at(walk->m_step);
+        const int last = run.end - pattern.size;
+        if (walk->m_isInsideRun) {
+            // Within a run the pattern lies wherever the distance to a copy of it is a multiple of what repeats.
+            const int position = walk->m_from + (-pattern.size & (pattern.flatPeriod - 1));
+            if (position <= last)
                 return position;
+            continue;
+        }
+        // Where the first word lies, all of the pattern does: at one in eight places at least, or nowhere.
+        const int first = qMax(run.begin, walk->m_from);
+        for (int position = first; position <= qMin(last, first + wordBytes - 1); ++position) {
+            if (wordAt(m_range.data + position) == word) {
+                walk->m_isInsideRun = true;
+                return position;
+            }
         }
     }
     return -1;
@@ -186,7 +251,7 @@ int PatternSearch::nextAroundRun(const Pattern &pattern, Walk *walk)
             continue;
         if (!m_steps->add(pattern.size))
             return -1;
-        if (std::memcmp(m_range.data + position, pattern.bytes, size_t(pattern.size)) == 0)
+        if (equalBesideFlatPart(m_range.data + position, pattern.bytes, pattern.size, flat))
             return position;
     }
     return -1;

@@ -5,8 +5,27 @@
 #include "search/periodicruns.h"
 
 #include <QByteArray>
+#include <QHash>
+#include <QVector>
 
 #include <memory>
+
+/// Patterns to search for together, each different one kept once: among a game's pictures many look alike in some format.
+class PatternBatch
+{
+public:
+    /// Takes \a pattern in. Returns its place, or that of the equal one which is there already; -1 for an empty one.
+    int add(const QByteArray &pattern);
+
+    const QVector<QByteArray> &patterns() const { return m_patterns; }
+    /// Of all patterns together.
+    qint64 bytes() const { return m_bytes; }
+
+private:
+    QVector<QByteArray> m_patterns;
+    QHash<QByteArray, int> m_places;
+    qint64 m_bytes = 0;
+};
 
 /// Finds the copies of many byte patterns in one range: the same copies in the same order as searching for each pattern from the
 /// front, each time from the end of the copy before, but for the cost of reading the range a few times.
@@ -34,6 +53,7 @@ public:
         friend class PatternSearch;
         int m_pattern;
         int m_from = 0; ///< The end of the copy before.
+        bool m_isInsideRun = false; ///< The copy before lies in the run that is next to be looked at.
         int m_step = 0; ///< How much of the pattern's positions, or of the runs, is behind.
     };
 
@@ -45,12 +65,14 @@ private:
     struct Pattern : SweptPattern
     {
         Way way = Way::None;
+        int flatPeriod = wordBytes; ///< After how many bytes the flat part repeats.
         PeriodicRun flatPart; ///< Of a pattern that is looked up in the runs.
-        bool isFlat() const { return flatPart.length() == size; }
     };
 
     void sweepAll(bool firstOnly);
-    /// For a pattern too frequent for the sweep: lets it be looked up in the runs, if it has a part flat enough.
+    QVector<Pattern *> sweep(const QVector<Pattern *> &patterns, int stride, bool firstOnly);
+    static bool isFlat(const Pattern &pattern);
+    /// Lets \a pattern be looked up in the runs. False, and nothing changed, when no part of it is flat enough.
     bool lookUpInRuns(Pattern *pattern);
     static void keepSeparate(QVector<int> *positions, int size);
 

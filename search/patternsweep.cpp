@@ -90,9 +90,10 @@ bool PatternSweep::add(SweptPattern *pattern, const WordSample &sample)
 void PatternSweep::buildTable()
 {
     constexpr int filterBitsPerEntry = 32;
-    constexpr int mostFilterBits = 23; // 1 MiB: beyond the processor's inner caches it would cost more than it saves.
+    constexpr int leastFilterBits = 15; // 4 KiB
+    constexpr int mostFilterBits = 23; // 1 MiB: beyond the inner caches it would cost more than it saves.
     const int bucketBits = bitsFor(m_entries.size());
-    const int filterBits = qBound(9, bitsFor(qint64(m_entries.size()) * filterBitsPerEntry), mostFilterBits);
+    const int filterBits = qBound(leastFilterBits, bitsFor(qint64(m_entries.size()) * filterBitsPerEntry), mostFilterBits);
     m_bucketShift = 64 - bucketBits;
     m_filterShift = 64 - filterBits;
     m_filter.fill(0, 1 << (filterBits - 6));

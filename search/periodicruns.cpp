@@ -10,9 +10,11 @@ namespace
 int endOfRun(const char *data, int size, int position)
 {
     constexpr int block = 512;
-    while (position <= size - block && std::memcmp(data + position, data + position - wordBytes, block) == 0)
+    const auto wordRepeats = [data, &position] { return wordAt(data + position) == wordAt(data + position - wordBytes); };
+    // Most runs end at once, so the first word decides whether comparing blocks is worth its call.
+    while (position <= size - block && wordRepeats() && std::memcmp(data + position, data + position - wordBytes, block) == 0)
         position += block;
-    while (position <= size - wordBytes && wordAt(data + position) == wordAt(data + position - wordBytes))
+    while (position <= size - wordBytes && wordRepeats())
         position += wordBytes;
     while (position < size && data[position] == data[position - wordBytes])
         ++position;

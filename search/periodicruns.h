@@ -37,6 +37,6 @@ private:
     void keepLongOnes();
 
     QVector<PeriodicRun> m_runs;
-    int m_minimumLength = 64;
+    int m_minimumLength = 48;
     bool m_built = false;
 };

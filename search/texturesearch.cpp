@@ -63,11 +63,11 @@ bool TextureSearch::runOne(const QString &file)
 bool TextureSearch::searchFor(const QStringList &files, int place)
 {
     const QString file = files.at(place);
-    if (m_nextOfBatch == m_batch.size())
+    if (m_nextPicture == m_pictures.size())
         loadBatch(files, place);
-    if (m_nextOfBatch == m_batch.size())
+    if (m_nextPicture == m_pictures.size())
         return false; // Cancelled before the picture was there.
-    const Picture picture = m_batch.at(m_nextOfBatch++);
+    const Picture picture = m_pictures.at(m_nextPicture++);
     if (!picture.isReadable) {
         m_observer->cannotReadPicture(file);
         return false;
@@ -79,24 +79,22 @@ bool TextureSearch::searchFor(const QStringList &files, int place)
 
 void TextureSearch::loadBatch(const QStringList &files, int first)
 {
-    m_batch.clear();
-    m_nextOfBatch = 0;
-    QVector<QByteArray> patterns;
-    QHash<QByteArray, int> places;
-    qint64 bytes = 0;
-    for (int i = first; i < files.size() && bytes < mostPatternBytes(m_range.size); ++i) {
-        if (!addToBatch(files.at(i), &patterns, &places, &bytes))
+    // What a picture takes beside its patterns.
+    constexpr qint64 bytesPerPicture = 1024;
+    m_pictures.clear();
+    m_nextPicture = 0;
+    PatternBatch batch;
+    for (int i = first; i < files.size(); ++i) {
+        if (batch.bytes() + m_pictures.size() * bytesPerPicture > mostPatternBytes(m_range.size)
+            || !addToBatch(files.at(i), &batch))
             break;
     }
-    places.clear();
-    m_patternSearch->setPatterns(patterns, m_options.firstOnly);
+    m_patternSearch->setPatterns(batch.patterns(), m_options.firstOnly);
 }
 
 /// Loads the picture in \a file and encodes it in every format. False when the user has cancelled.
-bool TextureSearch::addToBatch(const QString &file, QVector<QByteArray> *patterns, QHash<QByteArray, int> *places, qint64 *bytes)
+bool TextureSearch::addToBatch(const QString &file, PatternBatch *batch)
 {
-    // What a picture costs beside its patterns: the sweep's table entries, and itself.
-    constexpr int overheadPerPicture = 1024;
     const QImage image = loadPicture(file, [this] { return !m_steps->add(WorkSteps::bytesPerStep); });
     if (m_steps->isUnwanted())
         return false;
@@ -104,31 +102,16 @@ bool TextureSearch::addToBatch(const QString &file, QVector<QByteArray> *pattern
     picture.isReadable = !image.isNull();
     picture.width = image.width();
     picture.height = image.height();
-    *bytes += overheadPerPicture;
 
     double bytesPerPixel = 0;
     for (const textureFormat &format : qAsConst(m_options.formats))
         bytesPerPixel += format.bytesPerPixel;
     picture.isLarge = double(picture.width) * picture.height * bytesPerPixel > double(mostPatternBytes(m_range.size));
     if (picture.isReadable && !picture.isLarge) {
-        for (const textureFormat &format : qAsConst(m_options.formats)) {
-            const QByteArray pattern = encoded(image, format);
-            if (pattern.isEmpty()) {
-                picture.patterns.append(-1);
-                continue;
-            }
-            const auto place = places->constFind(pattern);
-            if (place != places->constEnd()) {
-                picture.patterns.append(*place);
-                continue;
-            }
-            places->insert(pattern, patterns->size());
-            picture.patterns.append(patterns->size());
-            patterns->append(pattern);
-            *bytes += pattern.size();
-        }
+        for (const textureFormat &format : qAsConst(m_options.formats))
+            picture.patterns.append(batch->add(encoded(image, format)));
     }
-    m_batch.append(picture);
+    m_pictures.append(picture);
     return true;
 }
 

@@ -10,6 +10,7 @@
 
 #include <memory>
 
+class PatternBatch;
 class PatternSearch;
 class QImage;
 class SearchObserver;
@@ -68,7 +69,7 @@ private:
 
     bool searchFor(const QStringList &files, int place);
     void loadBatch(const QStringList &files, int first);
-    bool addToBatch(const QString &file, QVector<QByteArray> *patterns, QHash<QByteArray, int> *places, qint64 *bytes);
+    bool addToBatch(const QString &file, PatternBatch *batch);
     QByteArray encoded(const QImage &image, const textureFormat &format) const;
 
     QVector<Hit> collectHits(const Picture &picture);
@@ -86,6 +87,6 @@ private:
     std::unique_ptr<PatternSearch> m_patternSearch;
     std::unique_ptr<PatternSearch> m_searchForLarge; ///< Made when the first picture needs it.
     std::unique_ptr<EntryIndex> m_entries; ///< Made when the first copy could overwrite one.
-    QVector<Picture> m_batch;
-    int m_nextOfBatch = 0;
+    QVector<Picture> m_pictures; ///< Of the batch.
+    int m_nextPicture = 0;
 };

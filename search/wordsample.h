@@ -17,8 +17,8 @@ public:
     int wordsPerSample() const { return m_stride; }
 
 private:
-    static constexpr int slotBits = 16;
-    static constexpr int sampledWords = 16384; ///< Fits a quint16 count.
+    static constexpr int slotBits = 15;
+    static constexpr int sampledWords = 8192; ///< Fits a quint16 count.
 
     QVector<quint16> m_counts;
     int m_stride = 1;

@@ -165,6 +165,7 @@ class PatternSearchTest : public QObject
     Q_OBJECT
 
 private slots:
+    void keepsEqualPatternsOnce();
     void findsCopies_data();
     void findsCopies();
     void matchesTheReferenceOnTinyAlphabets();
@@ -181,6 +182,17 @@ private slots:
     void dropsShortRunsWhenThereAreTooMany();
     void findsTheLongestRun();
 };
+
+void PatternSearchTest::keepsEqualPatternsOnce()
+{
+    PatternBatch batch;
+    QCOMPARE(batch.add("abc"), 0);
+    QCOMPARE(batch.add(QByteArray()), -1);
+    QCOMPARE(batch.add("abd"), 1);
+    QCOMPARE(batch.add("abc"), 0);
+    QCOMPARE(batch.patterns(), (QVector<QByteArray> {"abc", "abd"}));
+    QCOMPARE(batch.bytes(), 6);
+}
 
 /// A mark ^ stands before each copy expected in the range.
 void PatternSearchTest::findsCopies_data()
@@ -277,6 +289,10 @@ void PatternSearchTest::matchesTheReferenceOnFrequentPatterns()
             patterns.append(bytes.repeated(bytes.ofAlphabet(4, 2), size));
         }
         compareAll(range, patterns);
+        if (round < 2) {
+            for (const QByteArray &pattern : qAsConst(patterns)) // Alone, for the wide strides.
+                compareAll(range, {pattern});
+        }
         if (QTest::currentTestFailed())
             return;
     }
@@ -391,7 +407,8 @@ void PatternSearchTest::listsMaximalRuns_data()
     QTest::newRow("none") << noise << QVector<int> {};
     QTest::newRow("nothing") << QByteArray() << QVector<int> {};
     QTest::newRow("all") << zeros << QVector<int> {0, 64};
-    QTest::newRow("too short") << zeros.left(63) << QVector<int> {};
+    QTest::newRow("too short") << zeros.left(47) << QVector<int> {};
+    QTest::newRow("just long enough") << zeros.left(48) << QVector<int> {0, 48};
     QTest::newRow("inside") << noise + zeros + noise << QVector<int> {36, 100};
     QTest::newRow("two") << noise + zeros + "!" + zeros << QVector<int> {36, 100, 101, 165};
     QTest::newRow("words of eight") << noise + QByteArray("abcdefgh").repeated(20) + "abc?" << QVector<int> {36, 199};
@@ -422,7 +439,7 @@ void PatternSearchTest::listsAllLongRuns()
             int end = begin + 8;
             while (end < range.size() && range.at(end) == range.at(end - 8))
                 ++end;
-            if (end - begin >= 64)
+            if (end - begin >= 48)
                 expected << begin << end;
             begin = end - 7;
         }
@@ -442,7 +459,7 @@ void PatternSearchTest::dropsShortRunsWhenThereAreTooMany()
     WorkSteps steps = uninterrupted();
     PeriodicRuns runs;
     QVERIFY(runs.build(rangeOf(range), &steps));
-    QCOMPARE(runs.minimumLength(), 128);
+    QCOMPARE(runs.minimumLength(), 96);
     QVERIFY(runs.runs().size() >= 1);
     QVERIFY(runs.runs().size() <= range.size() / 256 + 65);
     QCOMPARE(runs.runs().last().begin, range.size() - 1000);
