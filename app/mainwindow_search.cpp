@@ -12,6 +12,7 @@
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QFileInfo>
+#include <QLabel>
 #include <QMessageBox>
 #include <QProgressDialog>
 #include <QSet>
@@ -176,6 +177,8 @@ bool MainWindow::runFindTexture(QStringList entries, QMap<QString, textureFormat
     const BusyScope busy(this);
     const WaitCursor waitCursor;
     QProgressDialog *progress = createProgressDialog(tr("Initializing search..."), tr("Cancel"), entries.size());
+    if (auto *label = progress->findChild<QLabel *>())
+        label->setTextFormat(Qt::PlainText); // A file's name is data.
     progress->setValue(0);
     progress->show();
     QApplication::processEvents();

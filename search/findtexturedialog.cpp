@@ -75,6 +75,10 @@ void findTextureDialog::createPathRow(const QString &fileName)
     m_path->setObjectName(QStringLiteral("pathField"));
     m_path->setText(fileName.isEmpty() ? tr("No image or folder has been selected") : fileName);
     m_path->setEnabled(false);
+    // It is only shown, but is to be read: not in the pale colour of what is out of use.
+    QPalette colours = m_path->palette();
+    colours.setColor(QPalette::Disabled, QPalette::Text, colours.color(QPalette::Active, QPalette::Text));
+    m_path->setPalette(colours);
     m_search->setEnabled(!fileName.isEmpty());
 }
 

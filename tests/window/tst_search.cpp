@@ -307,6 +307,8 @@ void SearchWindowTest::dialogStartsWithAFile()
     findTextureDialog dialog(&receiver, QString(), "/a/b.png", false);
     QCOMPARE(child<QLineEdit>(dialog, "pathField")->text(), QString("/a/b.png"));
     QVERIFY(!child<QLineEdit>(dialog, "pathField")->isEnabled());
+    const QPalette colours = child<QLineEdit>(dialog, "pathField")->palette();
+    QCOMPARE(colours.color(QPalette::Disabled, QPalette::Text), colours.color(QPalette::Active, QPalette::Text));
     QVERIFY(child<QPushButton>(dialog, "searchButton")->isEnabled());
     QVERIFY(!child<QCheckBox>(dialog, "subfoldersBox")->isEnabled());
     QVERIFY(child<QCheckBox>(dialog, "subfoldersBox")->isChecked());
@@ -818,6 +820,7 @@ void SearchWindowTest::showsItsProgress()
     Qt::WindowModality modality = Qt::NonModal;
     Qt::WindowFlags flags;
     QString cancelText;
+    Qt::TextFormat labelFormat = Qt::AutoText;
     QCursor cursor;
     DialogAnswer<QMessageBox> box([&](QMessageBox *shown) {
         label = progress()->labelText();
@@ -827,6 +830,7 @@ void SearchWindowTest::showsItsProgress()
         modality = progress()->windowModality();
         flags = progress()->windowFlags();
         cancelText = progress()->findChild<QPushButton *>()->text();
+        labelFormat = progress()->findChild<QLabel *>()->textFormat();
         cursor = QApplication::overrideCursor() ? *QApplication::overrideCursor() : QCursor(Qt::ArrowCursor);
         shown->accept();
     });
@@ -839,6 +843,7 @@ void SearchWindowTest::showsItsProgress()
     QCOMPARE(modality, Qt::WindowModal);
     QVERIFY(!(flags & Qt::WindowContextHelpButtonHint));
     QCOMPARE(cancelText, QString("Cancel"));
+    QCOMPARE(labelFormat, Qt::PlainText);
     QCOMPARE(cursor.shape(), Qt::WaitCursor);
     QVERIFY(!progress()->isVisible());
     QCOMPARE(progress()->parent(), m_window.get());
