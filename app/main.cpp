@@ -4,6 +4,7 @@
 #include "app/screenshot.h"
 
 #include <QApplication>
+#include <QDebug>
 #include <QIcon>
 #include <QTimer>
 
@@ -22,6 +23,7 @@ int main(int argc, char *argv[])
     QCoreApplication::setAttribute(Qt::AA_DontShowIconsInMenus, true);
 
     MainWindow window;
+    qDebug().noquote() << describe(window.profilesFolder());
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/quillary")));
     window.show();
     const ProgramOptions options = programOptions(QCoreApplication::arguments());

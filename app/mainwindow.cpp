@@ -61,7 +61,7 @@ QString firstLocalFile(const QMimeData *mimeData)
 }
 }
 
-MainWindow::MainWindow() : m_profilesDirectory(QCoreApplication::applicationDirPath() + QStringLiteral("/profiles/"))
+MainWindow::MainWindow() : m_profilesFolder(chooseProfilesFolder())
 {
     initResources();
     setObjectName(QStringLiteral("mainWindow"));

@@ -4,6 +4,7 @@
 #include "app/treerow.h"
 #include "model/rom.h"
 #include "model/textureformat.h"
+#include "persist/profilesfolder.h"
 
 #include <QFileDialog>
 #include <QIcon>
@@ -54,6 +55,9 @@ public:
 
     MainWindow();
     ~MainWindow() override;
+
+    /// Where the window keeps all profiles, settled at its construction.
+    const ProfilesFolder &profilesFolder() const { return m_profilesFolder; }
 
     // Image (mainwindow_image.cpp)
     void loadFile(const QString &fileName);
@@ -248,7 +252,7 @@ private:
 
     QSettings m_settings;
     QFileDialog::Options m_fileDialogOptions;
-    QString m_profilesDirectory; ///< Ends in "/".
+    const ProfilesFolder m_profilesFolder;
     int m_busy = 0;
 
     QWidget *m_centralWidget = nullptr;

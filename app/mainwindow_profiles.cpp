@@ -14,6 +14,7 @@
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QStatusBar>
+#include <QTextDocument>
 #include <QVBoxLayout>
 
 namespace
@@ -44,6 +45,12 @@ QComboBox *createProfileBox(QWidget *parent, const QString &objectName)
     return box;
 }
 
+/// \a text for a place that would take what looks like rich text for it, such as a folder's name.
+QString asPlainText(const QString &text)
+{
+    return Qt::mightBeRichText(text) ? Qt::convertFromPlainText(text) : text;
+}
+
 /// A caption that stands for \a field, also for a screen reader.
 QLabel *createCaption(const QString &text, QWidget *field)
 {
@@ -69,7 +76,7 @@ QString MainWindow::fileListPath() const
 
 ProfileStore MainWindow::profileStore() const
 {
-    return ProfileStore(m_profilesDirectory, currentROM.romID);
+    return ProfileStore(m_profilesFolder.path, currentROM.romID);
 }
 
 void MainWindow::createProfilePanel()
@@ -93,7 +100,10 @@ QGroupBox *MainWindow::createGlobalSettingsBox()
 
     auto *grid = new QGridLayout(box);
     grid->setColumnStretch(1, 1);
-    grid->addWidget(createCaption(tr("ID:"), m_romIDLabel), 0, 0);
+    QLabel *romIDCaption = createCaption(tr("ID:"), m_romIDLabel);
+    romIDCaption->setToolTip(asPlainText(describe(m_profilesFolder)));
+    m_romIDLabel->setToolTip(romIDCaption->toolTip());
+    grid->addWidget(romIDCaption, 0, 0);
     grid->addWidget(m_romIDLabel, 0, 1);
     grid->addWidget(createCaption(tr("Autoload Profile:"), m_autoloadProfileBox), 1, 0);
     grid->addWidget(m_autoloadProfileBox, 1, 1);

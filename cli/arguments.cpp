@@ -39,7 +39,8 @@ QString formatNames()
 
 QCommandLineOption profilesOption()
 {
-    return {QStringLiteral("profiles"), QStringLiteral("The folder of all profiles; without it the one beside the program."),
+    return {QStringLiteral("profiles"),
+            QStringLiteral("The folder of all profiles; without it the one the window uses, see \"info\"."),
             QStringLiteral("DIR")};
 }
 

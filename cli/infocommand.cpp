@@ -93,9 +93,9 @@ ProfileCounts countsOf(const ProfileStore &store, const QString &name, const QSt
     return counts;
 }
 
-QList<ProfileCounts> profilesOf(const Arguments &arguments)
+QList<ProfileCounts> profilesOf(const QString &folder)
 {
-    const ProfileStore store(profilesFolder(arguments), currentROM.romID);
+    const ProfileStore store(folder, currentROM.romID);
     ProfileSettings settings;
     QString error;
     store.readSettings(&settings, &error);
@@ -134,16 +134,17 @@ QJsonArray profilesJson(const QList<ProfileCounts> &profiles)
     return array;
 }
 
-QString text(const OpenedImage &image, const QList<ProfileCounts> &profiles)
+QString text(const OpenedImage &image, const QString &folder, const QList<ProfileCounts> &profiles)
 {
     const QByteArray &bytes = currentROM.data;
     return line(QStringLiteral("File:"), printable(image.path)) + line(QStringLiteral("Byte order:"), orderText(image.order))
         + line(QStringLiteral("Size:"), QStringLiteral("%1 bytes (%2)").arg(bytes.size()).arg(hexNumber(bytes.size())))
         + line(QStringLiteral("Identifier:"), printable(currentROM.romID))
-        + (image.order == ByteOrder::Unknown ? QString() : headerText(bytes)) + profilesText(profiles);
+        + (image.order == ByteOrder::Unknown ? QString() : headerText(bytes))
+        + line(QStringLiteral("Profiles in:"), printable(folder)) + profilesText(profiles);
 }
 
-QJsonObject json(const OpenedImage &image, const QList<ProfileCounts> &profiles)
+QJsonObject json(const OpenedImage &image, const QString &folder, const QList<ProfileCounts> &profiles)
 {
     const QByteArray &bytes = currentROM.data;
     const bool known = image.order != ByteOrder::Unknown;
@@ -152,6 +153,7 @@ QJsonObject json(const OpenedImage &image, const QList<ProfileCounts> &profiles)
             {QStringLiteral("size"), bytes.size()},
             {QStringLiteral("identifier"), currentROM.romID},
             {QStringLiteral("header"), known ? QJsonValue(headerJson(bytes)) : QJsonValue()},
+            {QStringLiteral("profilesFolder"), folder},
             {QStringLiteral("profiles"), profilesJson(profiles)}};
 }
 
@@ -160,11 +162,12 @@ int run(const Arguments &arguments, Streams &streams)
     OpenedImage image;
     if (!openImage(arguments, &image, streams))
         return Failed;
-    const QList<ProfileCounts> profiles = profilesOf(arguments);
+    const QString folder = profilesFolder(arguments);
+    const QList<ProfileCounts> profiles = profilesOf(folder);
     if (arguments.isSet("json"))
-        printJson(streams.out, json(image, profiles));
+        printJson(streams.out, json(image, folder, profiles));
     else
-        streams.out << text(image, profiles);
+        streams.out << text(image, folder, profiles);
     int status = Done;
     for (const ProfileCounts &profile : profiles) {
         if (!profile.error.isEmpty())
@@ -176,14 +179,16 @@ int run(const Arguments &arguments, Streams &streams)
 
 Command infoCommand()
 {
-    return {QStringLiteral("info"),
-            QStringLiteral("Show what an image is and what profiles it has."),
-            QStringLiteral("IMAGE"),
-            QStringLiteral(
-                "Shows byte order, size, header and check codes of the image, and the profiles that its identifier leads to."),
-            1,
-            1,
-            QList<QCommandLineOption> {profilesOption()} << jsonOption(),
-            run};
+    return {
+        QStringLiteral("info"),
+        QStringLiteral("Show what an image is and what profiles it has."),
+        QStringLiteral("IMAGE"),
+        QStringLiteral(
+            "Shows byte order, size, header and check codes of the image, the folder where profiles are kept, and the profiles\n"
+            "that the image's identifier leads to."),
+        1,
+        1,
+        QList<QCommandLineOption> {profilesOption()} << jsonOption(),
+        run};
 }
 }

@@ -6,10 +6,10 @@
 #include "cli/output.h"
 #include "model/rom.h"
 #include "persist/filelist.h"
+#include "persist/profilesfolder.h"
 #include "persist/savefile.h"
 #include "persist/xmltext.h"
 
-#include <QCoreApplication>
 #include <QFile>
 
 namespace cli
@@ -48,7 +48,7 @@ ProfileStore ChosenProfile::store() const
 QString profilesFolder(const Arguments &arguments)
 {
     if (!arguments.isSet("profiles"))
-        return QCoreApplication::applicationDirPath() + QStringLiteral("/profiles/");
+        return chooseProfilesFolder().path;
     const QString folder = arguments.value("profiles");
     return folder.endsWith(QLatin1Char('/')) ? folder : folder + QLatin1Char('/');
 }

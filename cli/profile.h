@@ -20,7 +20,7 @@ struct ChosenProfile
     QString fileListPath() const { return store().fileListPath(name); }
 };
 
-/// The folder of all profiles, ending in "/": --profiles, or the one beside the program.
+/// The folder of all profiles, ending in "/": --profiles, or the one that the window uses.
 QString profilesFolder(const Arguments &arguments);
 
 /// What to do about a profile without a file list.

@@ -55,6 +55,36 @@ private slots:
         QVERIFY(header["checkCodes"].toObject()["computed"].isNull());
     }
 
+    void infoNamesTheProfilesFolder()
+    {
+        const QString beside = QCoreApplication::applicationDirPath() + "/profiles/";
+        const auto folderOf = [this](const QStringList &more) {
+            return call(QStringList {"info", "--json", m_path} + more).json()["profilesFolder"].toString();
+        };
+        QCOMPARE(folderOf({}), beside);
+        QCOMPARE(folderOf({"--profiles", "/elsewhere"}), QStringLiteral("/elsewhere/"));
+        QVERIFY(call({"info", m_path}).out.contains("Profiles in:    " + beside + '\n'));
+    }
+
+    void profilesGoToTheUserWhereTheFolderCannotBeWritten()
+    {
+        const QTemporaryDir home;
+        const QByteArray before = qgetenv("XDG_DATA_HOME");
+        qputenv("XDG_DATA_HOME", home.path().toUtf8());
+        const QString beside = QCoreApplication::applicationDirPath() + "/profiles";
+        QDir(beside).removeRecursively();
+        writeFile(beside, "in the way");
+        const CommandCall demo = call({"demo", home.filePath("demo")});
+        const CommandCall info = call({"info", home.filePath("demo/demo.z64")});
+        QFile::remove(beside);
+        qputenv("XDG_DATA_HOME", before);
+
+        QCOMPARE(demo.err, QString());
+        QVERIFY(QFile::exists(home.filePath("Brimholt/Quillary/profiles/NQDE0/default/fileList.xml")));
+        QVERIFY(info.out.contains("Profiles in:    " + home.filePath("Brimholt/Quillary/profiles/") + '\n'));
+        QVERIFY(info.out.contains("Profiles:       default: "));
+    }
+
     void infoMatchesTheBootChip()
     {
         writeFile(m_path, bootImage(0x0B050EE0));

@@ -18,6 +18,8 @@
 #include <QStatusBar>
 #include <QTabWidget>
 #include <QTemporaryDir>
+#include <QTextDocument>
+#include <QTextDocumentFragment>
 #include <QTreeWidget>
 
 namespace
@@ -125,6 +127,9 @@ private slots:
     void cartridgeLeadingOutsideIsRefused_data();
     void cartridgeLeadingOutsideIsRefused();
     void unusableProfilesFolderIsReported();
+    void profilesGoToTheUserWhereTheFolderCannotBeWritten();
+    void saysWhereProfilesAreKept_data();
+    void saysWhereProfilesAreKept();
 
     void readsSettings_data();
     void readsSettings();
@@ -195,6 +200,7 @@ private:
     void select(const QString &profile) { profileBox()->setCurrentIndex(profileBox()->findText(profile)); }
     void changeTable();
 
+    const QByteArray m_dataHome = qgetenv("XDG_DATA_HOME");
     QScopedPointer<MainWindow> m_window;
 };
 
@@ -207,6 +213,7 @@ void ProfilesTest::initTestCase()
 void ProfilesTest::init()
 {
     QSettings().clear();
+    qputenv("XDG_DATA_HOME", m_dataHome);
     QFile::remove(base().chopped(1));
     QVERIFY(QDir(base()).removeRecursively());
     loadIntoCurrentROM(cartridgeImage(0x1000));
@@ -465,6 +472,56 @@ void ProfilesTest::unusableProfilesFolderIsReported()
     QVERIFY(!notice()->isHidden());
     QCOMPARE(texturesInTable(), QStringList {QStringLiteral("changed")});
     QCOMPARE(contentOf(base().chopped(1)), QByteArray("in the way"));
+}
+
+void ProfilesTest::profilesGoToTheUserWhereTheFolderCannotBeWritten()
+{
+    const QTemporaryDir home;
+    qputenv("XDG_DATA_HOME", home.path().toUtf8());
+    makeFile(base().chopped(1), "in the way");
+    BoxRecorder recorder;
+    m_window.reset(new MainWindow);
+    QCOMPARE(status(), QStringLiteral("Ready"));
+    m_window->readProfiles();
+    m_window->loadProfile();
+    addTextureToTable(QStringLiteral("kept"));
+    m_window->saveProfile();
+    QCOMPARE(recorder.boxes, QStringList());
+    const QString folder = home.filePath(QStringLiteral("Brimholt/Quillary/profiles/") + currentROM.romID);
+    QVERIFY(QFile::exists(folder + QStringLiteral("/settings.xml")));
+    QVERIFY(contentOf(folder + QStringLiteral("/default/fileList.xml")).contains("kept"));
+    QCOMPARE(contentOf(base().chopped(1)), QByteArray("in the way"));
+}
+
+void ProfilesTest::saysWhereProfilesAreKept_data()
+{
+    QTest::addColumn<QString>("home");
+    QTest::addColumn<QString>("shown");
+    QTest::newRow("beside the program") << QString() << QStringLiteral("Profiles are kept in %1");
+    QTest::newRow("elsewhere") << QStringLiteral("home")
+                               << QStringLiteral("Profiles are kept in %2, because %1 cannot be written");
+    QTest::newRow("a name that looks like rich text")
+        << QStringLiteral("<b>home</b>") << QStringLiteral("Profiles are kept in %2, because %1 cannot be written");
+}
+
+void ProfilesTest::saysWhereProfilesAreKept()
+{
+    QFETCH(QString, home);
+    QFETCH(QString, shown);
+    const QTemporaryDir folder;
+    const QString data = folder.filePath(home);
+    if (!home.isEmpty()) {
+        QVERIFY(QDir().mkpath(data));
+        qputenv("XDG_DATA_HOME", data.toUtf8());
+        makeFile(base().chopped(1), "in the way");
+        m_window.reset(new MainWindow);
+    }
+    shown.replace(QLatin1String("%1"), base());
+    shown.replace(QLatin1String("%2"), data + QStringLiteral("/Brimholt/Quillary/profiles/"));
+    for (const char *name : {"romIDCaption", "romID"}) {
+        const QString tip = child<QLabel>(name)->toolTip();
+        QCOMPARE(Qt::mightBeRichText(tip) ? QTextDocumentFragment::fromHtml(tip).toPlainText() : tip, shown);
+    }
 }
 
 void ProfilesTest::readsSettings_data()
