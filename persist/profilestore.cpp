@@ -144,10 +144,11 @@ ProfileStore::Reading ProfileStore::readSettings(ProfileSettings *settings, QStr
     return readProfileSettings(&file, settings, error) ? Reading::Done : Reading::Malformed;
 }
 
-bool ProfileStore::writeSettings(const ProfileSettings &settings) const
+bool ProfileStore::writeSettings(const ProfileSettings &settings, QString *error) const
 {
-    QString error;
+    QString unused;
     return isSafeName(m_romID)
         && saveWhole(
-               settingsPath(), [&settings](QIODevice *device) { return writeProfileSettings(settings, device); }, &error);
+               settingsPath(), [&settings](QIODevice *device) { return writeProfileSettings(settings, device); },
+               error ? error : &unused);
 }

@@ -57,8 +57,8 @@ public:
 
     /// Reads settings.xml; the defaults when it cannot be opened. \a error is the reader's message for a malformed one.
     Reading readSettings(ProfileSettings *settings, QString *error) const;
-    /// Replaces settings.xml, whole or not at all.
-    bool writeSettings(const ProfileSettings &settings) const;
+    /// Replaces settings.xml, whole or not at all. On failure \a error, unless null, says why.
+    bool writeSettings(const ProfileSettings &settings, QString *error = nullptr) const;
 
 private:
     QString m_profilesFolder;

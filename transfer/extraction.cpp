@@ -10,7 +10,6 @@
 #include <QBuffer>
 #include <QCoreApplication>
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QImage>
 
@@ -21,27 +20,11 @@ QString translate(const char *text)
     return QCoreApplication::translate("Extraction", text);
 }
 
-/// Writes a file that does not exist yet; saving by way of a second file, flushed to the disk, would make a folder of thousands
-/// slow, and there is no older content to keep.
-bool writeNew(const QString &path, const QByteArray &bytes, QString *error)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly)) {
-        *error = file.errorString();
-        return false;
-    }
-    if (file.write(bytes) == bytes.size() && file.flush())
-        return true;
-    *error = file.errorString();
-    file.remove();
-    return false;
-}
-
 bool writeFile(const QString &path, const QByteArray &bytes, QString *error)
 {
     const QFileInfo info(path);
     if (!info.exists() && !info.isSymLink())
-        return writeNew(path, bytes, error);
+        return saveNew(path, bytes, error);
     // Opening a pipe would wait for a reader.
     if (info.exists() && !info.isFile()) {
         *error = translate("There is something of that name that is no regular file");
