@@ -11,6 +11,22 @@
 #include <QXmlStreamReader>
 #include <QXmlStreamWriter>
 
+namespace
+{
+/// Writes an element that holds \a text, carriage returns as references: a reader takes plain ones for line feeds.
+void writeTextElement(QXmlStreamWriter *writer, const QString &element, const QString &text)
+{
+    writer->writeStartElement(element);
+    const QStringList lines = text.split(QLatin1Char('\r'));
+    writer->writeCharacters(lines.first());
+    for (int i = 1; i < lines.size(); ++i) {
+        writer->writeEntityReference(QStringLiteral("#13"));
+        writer->writeCharacters(lines.at(i));
+    }
+    writer->writeEndElement();
+}
+}
+
 bool readProfileSettings(QIODevice *device, ProfileSettings *settings, QString *error)
 {
     *settings = ProfileSettings();
@@ -47,7 +63,7 @@ bool writeProfileSettings(const ProfileSettings &settings, QIODevice *device)
                                        "data. Do not change it unless you know what you're doing."));
     writer.writeStartElement(QStringLiteral("settings"));
     writer.writeAttribute(QStringLiteral("version"), QStringLiteral("1"));
-    writer.writeTextElement(QStringLiteral("autoload"), autoload.isEmpty() ? QStringLiteral("default") : autoload);
+    writeTextElement(&writer, QStringLiteral("autoload"), autoload.isEmpty() ? QStringLiteral("default") : autoload);
     writer.writeTextElement(QStringLiteral("autosave"), settings.autosave ? QStringLiteral("true") : QStringLiteral("false"));
     writer.writeEndElement();
     writer.writeEndDocument();

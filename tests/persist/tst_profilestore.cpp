@@ -194,6 +194,7 @@ void ProfileStoreTest::settingsSurviveARoundTrip_data()
     QTest::addColumn<QString>("name");
     QTest::newRow("markup") << QStringLiteral("<&>'\"]]>");
     QTest::newRow("white space") << QStringLiteral(" a\tb\nc ");
+    QTest::newRow("carriage return") << QStringLiteral("\ra\r\nb\r");
     QTest::newRow("other scripts") << QString::fromUtf8("профиль \xF0\x9F\x98\x80");
 }
 
