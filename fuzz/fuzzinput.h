@@ -2,11 +2,13 @@
 #pragma once
 
 #include <QByteArray>
+#include <QString>
 
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <iterator>
 
 /// Takes values from the front of a fuzzer's input; zeros once it is used up.
 class FuzzInput
@@ -39,6 +41,25 @@ public:
     }
 
     QByteArray rest() { return bytes(int(m_left)); }
+
+    bool isUsedUp() const { return m_left == 0; }
+    bool flag() { return (byte() & 1) != 0; }
+    int below(int limit) { return byte() % limit; }
+
+    /// One of \a choices, which are not none.
+    template<typename List> auto oneOf(const List &choices) { return choices[below(int(std::size(choices)))]; }
+
+    /// Up to \a most characters, any of them.
+    QString text(int most)
+    {
+        QString text;
+        for (int count = below(most + 1); count > 0; --count) {
+            const int kind = byte();
+            // Mostly plain letters, few of them, so that names meet again.
+            text += QChar(kind < 160 ? ushort('a' + kind % 8) : kind < 224 ? ushort(byte()) : ushort(byte() << 8 | byte()));
+        }
+        return text;
+    }
 
 private:
     const std::uint8_t *m_data;
