@@ -30,6 +30,7 @@ public:
         m_grid->setColumnStretch(0, 1);
         m_grid->setColumnStretch(1, 3);
     }
+    Q_DISABLE_COPY(PanelRows)
 
     /// A row with \a field, named \a name for scripts and style sheets. Returns the caption.
     QLabel *add(const QString &caption, QWidget *field, const QString &name)

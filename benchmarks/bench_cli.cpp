@@ -48,10 +48,10 @@ QByteArray fileList(int count)
     const int inFolder = count / 100;
     const int step = (imageBytes - 0x10000) / count;
     for (int i = 0; i < count; ++i) {
-        if (i % inFolder == 0)
+        if (i % inFolder == 0) {
             list += i == 0 ? "" : "</directory>";
-        if (i % inFolder == 0)
             list += QStringLiteral("<directory name=\"Folder %1\" address=\"0x0\" size=\"0x4000000\">").arg(i).toUtf8();
+        }
         list += QStringLiteral(
                     "<texture name=\"Texture %1\" address=\"0x%2\" format=\"%3\" width=\"%4\" height=\"%4\" palette=\"0x100\"/>")
                     .arg(QString::number(i), QString::number(0x10000 + i * step, 16), formatOf(i), QString::number(side))

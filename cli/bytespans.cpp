@@ -39,8 +39,9 @@ QVector<Overlaps> overlapsOf(const QVector<ByteSpan> &spans, int most)
         const ByteSpan span = spans.at(current);
         Overlaps &found = result[current];
         // All but those that end before it begins, those that begin when it has ended, and itself.
-        found.count = order.size() - (std::upper_bound(ends.cbegin(), ends.cend(), span.begin) - ends.cbegin())
-            - (begins.cend() - std::lower_bound(begins.cbegin(), begins.cend(), span.end)) - 1;
+        const auto endedBefore = std::distance(ends.cbegin(), std::upper_bound(ends.cbegin(), ends.cend(), span.begin));
+        const auto beginBehind = std::distance(std::lower_bound(begins.cbegin(), begins.cend(), span.end), begins.cend());
+        found.count = order.size() - endedBefore - beginBehind - 1;
 
         open.erase(open.begin(), open.upper_bound(span.begin));
         for (auto one = open.crbegin(); one != open.crend() && found.others.size() < most; ++one)

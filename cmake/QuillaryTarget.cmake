@@ -1,5 +1,6 @@
 # What every target of the project shares: the language, the include path, the warnings, the log context.
 function(quillary_target target)
+    set_property(GLOBAL APPEND PROPERTY QUILLARY_TARGETS ${target})
     set_target_properties(${target} PROPERTIES AUTOMOC ON)
     target_compile_features(${target} PUBLIC cxx_std_17)
     get_target_property(type ${target} TYPE)
@@ -16,6 +17,9 @@ function(quillary_target target)
         if(CMAKE_BUILD_TYPE STREQUAL "Release")
             target_compile_options(${target} PRIVATE -O3)
         endif()
+    endif()
+    if(QUILLARY_ASSERTIONS)
+        target_compile_definitions(${target} PUBLIC QT_FORCE_ASSERTS _GLIBCXX_ASSERTIONS)
     endif()
     if(QUILLARY_SANITIZE)
         target_compile_options(${target} PUBLIC -fsanitize=address,undefined -fno-sanitize-recover=undefined

@@ -123,7 +123,7 @@ int noise(int x, int y, int period, int cell, int octaves, int seed)
         sum += smoothNoise(x, y, period, cell, seed + octave) * weight;
         weights += weight;
     }
-    return sum / weights;
+    return weights > 0 ? sum / weights : 0;
 }
 
 Stone stoneAt(int x, int y, int period, int across, int seed, int drift)

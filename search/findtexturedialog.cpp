@@ -189,7 +189,7 @@ void findTextureDialog::startSearch()
     runSearch(picturesInFolder(path, m_subfolders->isChecked()));
 }
 
-void findTextureDialog::runSearch(QStringList files)
+void findTextureDialog::runSearch(const QStringList &files)
 {
     const QMap<QString, textureFormat> known = textureFormats::getAsMap();
     QMap<QString, textureFormat> formats;

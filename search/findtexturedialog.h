@@ -33,7 +33,7 @@ public slots:
     /// Lists the pictures that the path stands for, and goes on with runSearch().
     void startSearch();
     /// Closes the dialog and emits search() for \a files with what is checked.
-    void runSearch(QStringList files);
+    void runSearch(const QStringList &files);
 
 signals:
     /// \a entries are paths of pictures, \a formats the chosen ones by name, \a duplicateMode is a DuplicateMode.

@@ -401,7 +401,6 @@ void PatternSearchTest::listsMaximalRuns_data()
 {
     QTest::addColumn<QByteArray>("range");
     QTest::addColumn<QVector<int>>("ends"); // begin, end, begin, end ...
-    Bytes bytes(9);
     const QByteArray noise = QByteArray("0123456789abcdefghijklmnopqrstuvwxyz").repeated(1);
     const QByteArray zeros(64, '\0');
     QTest::newRow("none") << noise << QVector<int> {};

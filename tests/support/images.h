@@ -5,6 +5,7 @@
 
 #include <QByteArray>
 #include <QRandomGenerator>
+#include <utility>
 
 /// The byte-order signature of a big-endian header.
 inline QByteArray bigEndianSignature()
@@ -31,7 +32,7 @@ inline QByteArray withReversedUnits(QByteArray image, int unit)
 {
     for (int start = 0; start + unit <= image.size(); start += unit) {
         for (int i = 0; i < unit / 2; ++i)
-            qSwap(image.data()[start + i], image.data()[start + unit - 1 - i]);
+            std::swap(image.data()[start + i], image.data()[start + unit - 1 - i]);
     }
     return image;
 }

@@ -780,6 +780,7 @@ private slots:
         QVERIFY(!dragEnter(&window, MimeFiles({a, b})));
         QVERIFY(!dragEnter(&window, MimeFiles({folder.path()})));
         QCOMPARE(log.texts(), QStringList({'"' + a + '"', '"' + a + '"', '"' + folder.path() + '"'}));
+        QCOMPARE(log.textsOf(function), log.texts());
 
         QMimeData text;
         text.setText("no file");

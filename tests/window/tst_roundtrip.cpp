@@ -156,6 +156,7 @@ void RoundTripTest::importEverything()
     FileDialogAnswer dialog(path("out/Root"));
     BoxAnswer end("OK");
     m_window->importFolder();
+    QVERIFY(dialog.answered());
     QVERIFY(end.answered());
     QCOMPARE(end.text, path("out/Root") + " has been imported into Root");
     QCOMPARE(end.detailedText, QString());

@@ -702,6 +702,7 @@ void TransferTest::importFolderReportsWhatItLeftOut()
     FileDialogAnswer dialog(path());
     BoxAnswer end("OK");
     m_window->importFolder();
+    QVERIFY(dialog.answered());
     QVERIFY(end.answered());
     QCOMPARE(end.text, path() + " has been imported into Root");
     QCOMPARE(end.detailedText, path("notes.txt") + " was not imported. File format not supported.\n");
@@ -756,6 +757,7 @@ void TransferTest::importFolderWithoutAFolder()
     FileDialogAnswer dialog(path());
     BoxAnswer end("OK");
     m_window->importFolder();
+    QVERIFY(dialog.answered());
     QVERIFY(end.answered());
     QCOMPARE(end.detailedText, path() + " was not imported. The program tried to import into a non-existent folder.\n");
 }

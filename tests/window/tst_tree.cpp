@@ -418,6 +418,7 @@ void TestTree::nodesWithoutRow()
     BoxAnswer yes("Yes");
     window->deleteItem();
     QVERIFY(yes.answered());
+    QVERIFY(yes.answered());
     QCOMPARE(folder->files.size(), 1);
     QVERIFY(!currentROM.lastSelectedTexture);
 }
@@ -616,6 +617,7 @@ void TestTree::deleteFolder()
     BoxAnswer yes("Yes");
     window->deleteItem();
     QVERIFY(yes.answered());
+    QVERIFY(yes.answered());
     QCOMPARE(yes.text, QStringLiteral("Are you sure that you want to delete the selected folder?"));
     QCOMPARE(currentROM.root->directories, QList<fileTreeDirectory *>({other}));
     QCOMPARE(window.rootRow()->childCount(), 1);
@@ -658,6 +660,7 @@ void TestTree::deleteNothing()
     BoxAnswer yes("Yes");
     window->deleteItem();
     QVERIFY(yes.answered());
+    QVERIFY(yes.answered());
     QCOMPARE(yes.text, QStringLiteral("Are you sure that you want to delete the selected none?"));
     QCOMPARE(currentROM.root->files.size(), 1);
     QVERIFY(!window.noticeIsShown());
@@ -670,6 +673,7 @@ void TestTree::rootStays()
     QVERIFY(!window.action("Delete")->isEnabled());
     BoxAnswer yes("Yes");
     window->deleteItem();
+    QVERIFY(yes.answered());
     QCOMPARE(window.tree()->topLevelItemCount(), 1);
     QCOMPARE(currentROM.lastSelectedFolder, currentROM.root);
     QVERIFY(!window.noticeIsShown());
@@ -686,6 +690,7 @@ void TestTree::deletedFolderTakesItsSelectedTextureAlong()
     QCOMPARE(currentROM.lastSelectedTexture, texture);
     BoxAnswer yes("Yes");
     window->deleteItem();
+    QVERIFY(yes.answered());
     QVERIFY(!currentROM.lastSelectedTexture);
     QCOMPARE(window.find<QLineEdit>("textureName")->text(), QString());
     QVERIFY(!window.find<QPushButton>("textureSave")->isEnabled());
@@ -700,6 +705,7 @@ void TestTree::deletionMovesOnToAnotherTexture()
     window.select(first);
     BoxAnswer yes("Yes");
     window->deleteItem();
+    QVERIFY(yes.answered());
     QCOMPARE(currentROM.root->files, QList<fileTreeFile *>({second}));
     // Whatever row is current now, the pointers and the panels say the same.
     if (window.tree()->currentItem() == second->treeItem) {
@@ -789,6 +795,7 @@ void TestTree::deepTable()
     window.select(currentROM.root->directories.first());
     BoxAnswer yes("Yes");
     window->deleteItem();
+    QVERIFY(yes.answered());
     QVERIFY(currentROM.root->directories.isEmpty());
     QVERIFY(!beyond->parent->treeItem);
 }
