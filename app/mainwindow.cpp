@@ -24,6 +24,7 @@
 #include <QSplitter>
 #include <QStandardPaths>
 #include <QStatusBar>
+#include <QTabBar>
 #include <QTabWidget>
 #include <QToolBar>
 #include <QTreeWidget>
@@ -269,6 +270,8 @@ void MainWindow::createTabs()
     // A profile belongs to a cartridge; there is none yet.
     m_tabWidget->setTabEnabled(1, false);
     m_tabWidget->setCurrentIndex(0);
+    // Tab goes the way the eye does: the tree, the tabs, and then what the tab in front shows.
+    setTabOrder(m_treeWidget, m_tabWidget->tabBar());
 }
 
 void MainWindow::createSplitter()

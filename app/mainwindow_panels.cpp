@@ -16,6 +16,8 @@
 #include <QSpinBox>
 #include <QStatusBar>
 
+#include <algorithm>
+
 namespace
 {
 constexpr int savedMessageTime = 5000; // milliseconds
@@ -44,6 +46,7 @@ public:
         m_grid->addWidget(label, m_row, 0);
         m_grid->addWidget(field, m_row, 1);
         ++m_row;
+        m_grid->setColumnMinimumWidth(0, std::max(m_grid->columnMinimumWidth(0), label->sizeHint().width()));
         return label;
     }
 
@@ -80,6 +83,17 @@ private:
     QGridLayout *m_grid;
     int m_row = 0;
 };
+
+/// Gives the captions of all boxes the room of the widest one, shown or not: the fields stand in one line and stay where they
+/// are when a row comes or goes.
+void alignFields(const QList<QGroupBox *> &boxes)
+{
+    int widest = 0;
+    for (const QGroupBox *box : boxes)
+        widest = std::max(widest, static_cast<const QGridLayout *>(box->layout())->columnMinimumWidth(0));
+    for (const QGroupBox *box : boxes)
+        static_cast<QGridLayout *>(box->layout())->setColumnMinimumWidth(0, widest);
+}
 
 QLabel *createUnsavedLabel(QWidget *parent)
 {
@@ -118,9 +132,12 @@ QScrollArea *createScrollingColumn(QWidget *parent, const QList<QGroupBox *> &bo
     return area;
 }
 
-QString fullPath(const QString &path, const QString &name)
+/// Shows a path from its beginning, and whole in the tool tip, where a name that looks like rich text stays a name.
+void showPath(QLineEdit *field, const QString &path)
 {
-    return path + name;
+    field->setText(path);
+    field->setCursorPosition(0);
+    field->setToolTip(QStringLiteral("<span style=\"white-space:pre\">%1</span>").arg(path.toHtmlEscaped()));
 }
 
 bool liesInside(const fileTreeFile &texture, const fileTreeDirectory &folder)
@@ -161,6 +178,7 @@ void MainWindow::createTextureViewer()
     auto *layout = new QHBoxLayout(m_selectionPanel);
     QGroupBox *folderBox = createFolderBox();
     QGroupBox *textureBox = createTextureBox();
+    alignFields({folderBox, textureBox});
     layout->addWidget(createScrollingColumn(m_selectionPanel, {folderBox, textureBox}), 1);
     createPreviewBox();
     layout->addWidget(m_previewBox, 1);
@@ -265,6 +283,7 @@ void MainWindow::showNoFolder()
 {
     for (QLineEdit *field : {m_folderPath, m_folderName, m_folderOffset, m_folderAddress, m_folderSize})
         field->clear();
+    m_folderPath->setToolTip(QString());
     setFolderFieldsReadOnly(true);
 }
 
@@ -274,7 +293,7 @@ void MainWindow::showFolderFields(const fileTreeDirectory &folder)
     currentROM.editedFolder->copyValues(folder);
     currentROM.editedFolder->parent = folder.parent; // Its addresses count in the working copy's real one.
     currentROM.editedFolder->isRoot = folder.isRoot;
-    m_folderPath->setText(fullPath(folder.path(), folder.name));
+    showPath(m_folderPath, folder.path() + folder.name);
     m_folderName->setText(folder.name);
     m_folderOffset->setText(hexNumber(folder.address));
     m_folderAddress->setText(hexNumber(folder.realAddress()));
@@ -299,6 +318,7 @@ void MainWindow::showNoTexture()
 {
     for (QLineEdit *field : {m_texturePath, m_textureName, m_textureOffset, m_textureAddress, m_textureFormat, m_texturePalette})
         field->clear();
+    m_texturePath->setToolTip(QString());
     m_textureFormat->setToolTip(QString());
     m_textureWidth->setValue(0);
     m_textureHeight->setValue(0);
@@ -314,7 +334,7 @@ void MainWindow::showTextureFields(const fileTreeFile &texture)
 {
     *currentROM.editedTexture = texture;
     showFieldsOfFormat(texture.format);
-    m_texturePath->setText(fullPath(texture.path(), texture.name));
+    showPath(m_texturePath, texture.path() + texture.name);
     m_textureName->setText(texture.name);
     m_textureOffset->setText(hexNumber(texture.address));
     m_textureAddress->setText(hexNumber(texture.realAddress()));

@@ -74,6 +74,7 @@ void findTextureDialog::createPathRow(const QString &fileName)
     m_path = new QLineEdit(this);
     m_path->setObjectName(QStringLiteral("pathField"));
     m_path->setText(fileName.isEmpty() ? tr("No image or folder has been selected") : fileName);
+    m_path->setAccessibleName(tr("Image or folder"));
     m_path->setEnabled(false);
     // It is only shown, but is to be read: not in the pale colour of what is out of use.
     QPalette colours = m_path->palette();
@@ -151,6 +152,7 @@ void findTextureDialog::arrange(QGroupBox *formatBox, QGroupBox *duplicateBox)
     layout->addWidget(duplicateBox, 6, 0, 1, 2);
     layout->addWidget(m_search, 7, 0, 1, 2);
     layout->setSizeConstraint(QLayout::SetFixedSize);
+    setTabOrder(m_duplicateModes->buttons().last(), m_search); // It was made before what stands above it.
 }
 
 void findTextureDialog::setFile()
