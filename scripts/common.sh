@@ -61,6 +61,22 @@ require_tools() {
     install_packages "${missing[@]}"
 }
 
+# A display without a screen, a window manager, and what presses keys and looks at pictures there. Tests that need them are left
+# out where they cannot be installed.
+want_desktop() {
+    local missing=()
+    have Xvfb || missing+=(xvfb)
+    have openbox || missing+=(openbox)
+    have xdotool || missing+=(xdotool)
+    { have import && have convert && have compare; } || missing+=(imagemagick)
+    [ ${#missing[@]} -gt 0 ] || return 0
+    if may_install; then
+        install_packages "${missing[@]}"
+    else
+        say "The tests on a desktop will be left out: ${missing[*]} cannot be installed from here."
+    fi
+}
+
 # build FOLDER TARGETS [CMAKE ARGUMENT...]: configures FOLDER if that has not been done, and builds TARGETS, several in one word
 build() {
     local folder=$1 targets=$2 log

@@ -1,0 +1,233 @@
+# shellcheck shell=bash
+# SPDX-License-Identifier: MIT
+# What the walks share: a display with a window manager, the program in a folder of its own, keys, clicks, looks and files.
+# To be sourced by walk-NAME.sh PROGRAMS SCREENSHOTS: the folder with the built programs, and the one for the pictures.
+# Nothing waits for a fixed time where there is something to be waited for.
+# shellcheck disable=SC2034,SC2153 # what the walks use; what xdotool names
+set -euo pipefail
+
+for tool in Xvfb openbox xdotool import convert compare; do
+    command -v "$tool" >/dev/null || {
+        echo "Left out: $tool is not installed."
+        exit 77
+    }
+done
+
+walk=$(basename "$0" .sh)
+walk=${walk#walk-}
+icons=$(cd "$(dirname "${BASH_SOURCE[0]}")/../../resources/icons" && pwd)
+scale=1 # device pixels to a pixel
+programs=$(cd "$1" && pwd)
+screenshots=$2
+patience=${QUILLARY_WALK_PATIENCE:-30} # seconds that anything may take
+
+work=$(mktemp -d "${TMPDIR:-/tmp}/quillary-walk.XXXXXX")
+started=() # processes, in the order in which they were started
+program=   # the process of the window
+mkdir -p "$screenshots" "$work/bin" "$work/home/.config" "$work/run"
+chmod 700 "$work/run"
+
+# A session of its own: no settings, theme, language, scale or session bus of whoever runs the test.
+unset QT_STYLE_OVERRIDE QT_QPA_PLATFORMTHEME QT_SCALE_FACTOR QT_SCREEN_SCALE_FACTORS QT_FONT_DPI QT_AUTO_SCREEN_SCALE_FACTOR
+unset XDG_CURRENT_DESKTOP DESKTOP_SESSION KDE_FULL_SESSION KDE_SESSION_VERSION WAYLAND_DISPLAY SESSION_MANAGER XAUTHORITY LANGUAGE
+export HOME=$work/home XDG_CONFIG_HOME=$work/home/.config XDG_DATA_HOME=$work/home/.local/share XDG_RUNTIME_DIR=$work/run
+export XDG_CACHE_HOME=${XDG_CACHE_HOME:-$work/home/.cache} LC_ALL=C.UTF-8 QT_QPA_PLATFORM=xcb QT_LOGGING_TO_CONSOLE=1
+export DBUS_SESSION_BUS_ADDRESS=disabled:
+
+# --- processes ---------------------------------------------------------------------------------------------------------
+
+running() { kill -0 "$1" 2>/dev/null; }
+
+finish() { # at the end, however it comes: a picture and the log of a failure, and nothing left running
+    local status=$?
+    trap - EXIT
+    if [ $status != 0 ] && [ -n "${DISPLAY:-}" ] && [ ${#started[@]} -gt 0 ]; then
+        import -window root "$screenshots/$walk-failed.png" 2>/dev/null && echo "See $screenshots/$walk-failed.png"
+        [ ! -f "$work/log" ] || tail -n 15 "$work/log"
+    fi
+    for ((i = ${#started[@]} - 1; i >= 0; i--)); do
+        kill "${started[i]}" 2>/dev/null || true
+        wait "${started[i]}" 2>/dev/null || true
+    done
+    rm -rf "$work"
+    exit $status
+}
+trap finish EXIT
+trap 'exit 1' INT TERM HUP
+
+fail() {
+    printf '%s: %s\n' "$walk" "$*" >&2
+    exit 1
+}
+
+# wait_for WHAT COMMAND...: until the command succeeds
+wait_for() {
+    local what=$1 end=$((SECONDS + patience))
+    shift
+    until "$@"; do
+        [ $SECONDS -lt $end ] || fail "waited in vain for $what"
+        [ -z "$program" ] || running "$program" || [[ $what == "the end"* ]] || fail "the program ended before $what"
+        sleep 0.05
+    done
+}
+
+start_desktop() { # start_desktop WIDTHxHEIGHT
+    Xvfb -displayfd 3 -screen 0 "${1}x24" -nolisten tcp -noreset 3>"$work/display" 2>"$work/xvfb.log" &
+    started+=($!)
+    wait_for "the display" test -s "$work/display"
+    DISPLAY=:$(cat "$work/display")
+    export DISPLAY
+    openbox --sm-disable >"$work/openbox.log" 2>&1 &
+    started+=($!)
+    wait_for "the window manager" has_window_manager
+}
+has_window_manager() { xdotool get_num_desktops >/dev/null 2>&1; }
+
+install_program() { # the program, and the demo cartridge with its profile, in a folder of their own
+    ln "$programs/quillary" "$work/bin/" 2>/dev/null || cp "$programs/quillary" "$work/bin/"
+    "$programs/quillary-demo" "$work/demo" "$work/bin/profiles" >/dev/null
+    demo=$work/demo
+    profiles=$work/bin/profiles/NQDE0
+}
+
+start_program() { # start_program [ARGUMENT...]
+    "$work/bin/quillary" "$@" >"$work/log" 2>&1 &
+    program=$!
+    started+=("$program")
+}
+
+ended() { ! running "$program"; }
+wait_for_end() { # until the program has ended well
+    wait_for "the end of the program" ended
+    wait "$program" || fail "the program ended with status $?"
+    program=
+}
+
+cli() { "$programs/quillary-cli" "$@" --profiles "$work/bin/profiles"; }
+
+# --- windows -----------------------------------------------------------------------------------------------------------
+
+active_title() { xdotool getactivewindow getwindowname 2>/dev/null; }
+is_active() { [[ $(active_title) =~ ^$1$ ]]; }
+wait_for_window() { wait_for "the window \"$1\"" is_active "$1"; } # wait_for_window TITLE: an extended regular expression
+
+# settled: the picture of the screen has stopped changing
+wait_until_settled() {
+    local before='' now
+    for _ in $(seq 40); do
+        now=$(import -window root -depth 8 rgb:- | cksum)
+        [ "$now" != "$before" ] || return 0
+        before=$now
+        sleep 0.1
+    done
+}
+
+shot() { # shot NAME: a picture of the whole screen among the screenshots
+    wait_until_settled
+    import -window root "$screenshots/$walk-$1.png"
+}
+
+# --- keys and mouse ----------------------------------------------------------------------------------------------------
+
+press() { xdotool key --delay 20 "$@"; }
+write() { xdotool type --delay 5 -- "$1"; }
+click() { xdotool mousemove "$1" "$2" click "${3:-1}"; } # click X Y [BUTTON]
+
+# answer TITLE TEXT: types into the dialog of that title, and presses Enter
+answer() {
+    wait_for_window "$1"
+    press ctrl+a
+    write "$2"
+    press Return
+    wait_for "the end of \"$1\"" not_active "$1"
+}
+not_active() { ! is_active "$1"; }
+
+menu() { # menu MENU ENTRY: both counted from 0; what cannot be used at the moment is not counted among the entries
+    press Alt_L
+    for ((i = 0; i < $1; i++)); do press Right; done
+    press Down # opens the menu
+    for ((i = 0; i < $2; i++)); do press Down; done
+    press Return
+}
+
+# tool ICON: clicks the tool button with that icon, which has to show as it was drawn, pixel for pixel
+tool() {
+    local at
+    at=$(place_of "$1") || fail "no tool button shows the icon $1"
+    # shellcheck disable=SC2086 # two numbers
+    click $at
+}
+
+place_of() { # place_of ICON: the centre of the tool button with that icon
+    local frame=2 size=$((32 * scale)) top left found # the third picture in each icon has 32 pixels, the fifth 64
+    [ "$scale" = 1 ] || frame=4
+    eval "$(xdotool getactivewindow getwindowgeometry --shell)"
+    left=$X top=$Y # of what the frame surrounds, or somewhat lower: some versions of xdotool add the frame's title bar
+    import -window root -crop "$((620 * scale))x$((80 * scale))+$left+$top" +repage "$work/tools.png"
+    local ground
+    ground=$(convert "$work/tools.png" -format '%[pixel:p{6,20}]' info:)
+    convert "$icons/$1.ico[$frame]" -background "$ground" -flatten "$work/tool.png"
+    found=$(compare -metric RMSE -dissimilarity-threshold 1 -subimage-search "$work/tools.png" "$work/tool.png" null: 2>&1) || true
+    [[ $found =~ \(0\.0[0-2][0-9]*\)\ @\ ([0-9]+),([0-9]+)$ || $found =~ \(0\)\ @\ ([0-9]+),([0-9]+)$ ]] || return 1
+    echo "$((left + BASH_REMATCH[1] + size / 2)) $((top + BASH_REMATCH[2] + size / 2))"
+}
+
+expand_all() { # in the tree, from its first row
+    press Home asterisk
+    last_search=$((${EPOCHREALTIME/./} / 1000)) # the star counts as a name that is searched for
+}
+
+# find_row TEXT: in the tree, which has the focus, goes to the first visible row whose name begins so
+last_search=0
+find_row() {
+    # What is typed within 400 ms goes on from what was typed before.
+    local rest=$((450 - (${EPOCHREALTIME/./} / 1000 - last_search)))
+    [ $rest -le 0 ] || sleep "0.$(printf %03d $rest)"
+    press Home
+    write "$1"
+    last_search=$((${EPOCHREALTIME/./} / 1000))
+}
+
+# --- looking -----------------------------------------------------------------------------------------------------------
+
+# selected_row: X Y HEIGHT of the selected row in the left half of the screen, where the tree is
+selected_row() {
+    import -window root "$work/look.png"
+    local found half
+    half=$(convert "$work/look.png" -format '%[fx:int(w*0.45)]x%h+0+0' info:)
+    found=$(convert "$work/look.png" -crop "$half" +repage -fill black +opaque "$highlight" -format '%@' info: 2>/dev/null) || return 1
+    [[ $found =~ ^([0-9]+)x([0-9]+)\+([0-9]+)\+([0-9]+)$ ]] || return 1
+    echo "${BASH_REMATCH[3]} ${BASH_REMATCH[4]} ${BASH_REMATCH[2]}"
+}
+highlight='#308cc6' # of selected rows
+
+click_row() { # click_row [ROWS [BUTTON]]: with the mouse, the selected row, or one so many rows below
+    local x y height
+    read -r x y height < <(selected_row) || fail "no row is selected"
+    click $((x + 150 * scale)) $((y + height / 2 + height * ${1:-0})) "${2:-1}"
+}
+
+# shows PICTURE: whether the preview shows exactly that picture, a pixel as SCALE pixels of the screen
+shows() {
+    local found
+    eval "$(xdotool getactivewindow getwindowgeometry --shell)"
+    import -window root -crop "$((240 * scale))x$((200 * scale))+$((X + WIDTH - 245 * scale))+$((Y + HEIGHT / 2 - 100 * scale))" \
+        +repage "$work/preview.png"
+    convert "$1" -scale "${scale}00%" "$work/wanted.png"
+    found=$(compare -metric RMSE -dissimilarity-threshold 1 -subimage-search "$work/preview.png" "$work/wanted.png" null: 2>&1) || true
+    [[ $found == '0 (0) @'* ]]
+}
+
+logged_part() { grep -qF -- "$1" "$work/log"; }
+logged() { [ "$(grep -cxF -- "$1" "$work/log")" -ge "${2:-1}" ]; } # logged LINE [TIMES]
+
+# --- files -------------------------------------------------------------------------------------------------------------
+
+same_file() { cmp -s "$1" "$2"; }
+expect_same() { # expect_same FILE FILE WHAT
+    same_file "$1" "$2" || fail "$3: $(cmp "$1" "$2" 2>&1 | head -n 1)"
+}
+expect_text() { # expect_text FILE TEXT
+    grep -qF -- "$2" "$1" || fail "$1 lacks $2"
+}
