@@ -28,6 +28,9 @@ const uchar *bytesOf(const QByteArray &data)
 /// A JPEG may claim any size up to 65,535 x 65,535 in a few bytes: the claim is looked at before room is made for it.
 QImage jpegPicture(const QByteArray &data)
 {
+    // The reader warns in the log about data that is none, as the entries of a table often have.
+    if (!data.startsWith("\xFF\xD8"))
+        return QImage();
     QBuffer buffer;
     buffer.setData(data);
     const QSize size = QImageReader(&buffer, "JPEG").size();

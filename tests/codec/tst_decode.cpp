@@ -2,6 +2,7 @@
 #include "codec/codecsupport.h"
 #include "codec/naivecodec.h"
 #include "codec/texturemanipulator.h"
+#include "support/messages.h"
 
 #include <QBuffer>
 #include <QtTest>
@@ -42,6 +43,7 @@ private slots:
     void jpegIsWhatTheReaderGives();
     void jpegThatIsNone_data();
     void jpegThatIsNone();
+    void dataThatStartsNoJpegIsNotReported();
     void jpegOfClaimedSize_data();
     void jpegOfClaimedSize();
 };
@@ -424,6 +426,14 @@ void DecodeTest::jpegThatIsNone()
 {
     QFETCH(QByteArray, data);
     QVERIFY(textureManipulator::generateTexture(data, textureFormats::jpeg, 32, QByteArray()).isNull());
+}
+
+void DecodeTest::dataThatStartsNoJpegIsNotReported()
+{
+    const MessageCapture log;
+    for (const QByteArray &data : {QByteArray(), noise(500, 13), QByteArray("\xFF"), "x" + jpegBytes()})
+        QVERIFY(textureManipulator::generateTexture(data, textureFormats::jpeg, 32, QByteArray()).isNull());
+    QCOMPARE(log.texts(), QStringList());
 }
 
 void DecodeTest::jpegOfClaimedSize_data()
