@@ -424,11 +424,17 @@ void MainWindow::about()
 
 void MainWindow::updateActions()
 {
+    selectFileTableItem();
+    enableActions();
+    qDebug() << currentROM.selectedType;
+}
+
+void MainWindow::enableActions()
+{
     const bool loaded = currentROM.loaded;
     m_saveAction->setEnabled(loaded);
     m_saveAsAction->setEnabled(loaded);
 
-    selectFileTableItem();
     const int type = currentROM.selectedType;
     const fileTreeDirectory *folder = currentROM.lastSelectedFolder;
     const fileTreeFile *texture = currentROM.lastSelectedTexture;
@@ -444,7 +450,6 @@ void MainWindow::updateActions()
     m_newTextureAction->setEnabled(folder);
     m_findTextureAction->setEnabled(folder);
     m_deleteAction->setEnabled(folder && (type != FolderSelected || !folderIsRoot));
-    qDebug() << type;
 }
 
 bool MainWindow::autosaveFileList()
@@ -479,7 +484,8 @@ bool MainWindow::acceptsImages() const
 void MainWindow::dragEnterEvent(QDragEnterEvent *event)
 {
     const QMimeData *mimeData = event->mimeData();
-    if (!mimeData->hasUrls())
+    const bool isRefused = event->dropAction() == Qt::IgnoreAction; // By the part of the window that it is over.
+    if (isRefused || !mimeData->hasUrls())
         return;
     const QString path = firstLocalFile(mimeData);
     qDebug() << path;

@@ -11,6 +11,7 @@
 #include <QImage>
 #include <QMainWindow>
 #include <QMap>
+#include <QPointer>
 #include <QSettings>
 #include <QStringList>
 
@@ -195,6 +196,8 @@ private:
     /// Writes the file list before closing, where the profile settings say so. False when that failed and the user would rather
     /// stay than lose unsaved changes.
     bool autosaveFileList();
+    /// Enables the actions that make sense for the selection as currentROM has it.
+    void enableActions();
     /// Whether the window may take in another image now: not while it works, nor while a dialog waits for its answer.
     bool acceptsImages() const;
 
@@ -254,6 +257,7 @@ private:
     QFileDialog::Options m_fileDialogOptions;
     const ProfilesFolder m_profilesFolder;
     int m_busy = 0;
+    QPointer<QProgressDialog> m_searchProgress; ///< Of the last search; stays until the next one.
 
     QWidget *m_centralWidget = nullptr;
     QHBoxLayout *m_horizontalLayout = nullptr;

@@ -441,6 +441,7 @@ void MainWindow::saveTextureInfo()
     showUnsavedFileListNotice();
     showTextureFields(*texture);
     m_textureUnsaved->hide();
+    enableActions(); // Some depend on the format.
     updateTextureInTree(texture);
     sortByCurrentColumn();
     statusBar()->showMessage(tr("The changes to the last selected texture has been saved."), savedMessageTime);

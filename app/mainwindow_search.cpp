@@ -176,7 +176,9 @@ bool MainWindow::runFindTexture(QStringList entries, QMap<QString, textureFormat
     }
     const BusyScope busy(this);
     const WaitCursor waitCursor;
+    delete m_searchProgress;
     QProgressDialog *progress = createProgressDialog(tr("Initializing search..."), tr("Cancel"), entries.size());
+    m_searchProgress = progress;
     if (auto *label = progress->findChild<QLabel *>())
         label->setTextFormat(Qt::PlainText); // A file's name is data.
     progress->setValue(0);

@@ -279,6 +279,9 @@ void MainWindow::parseTexturePack(QString archive)
     const TexturePackImport added = importPack(archive, currentROM.root, currentROM.data, importInto(this), &log);
     if (!added.lastFolder)
         return;
+    // The panel and the actions go on to the pack's folder: what is edited, saved or deleted next is that one.
     currentROM.lastSelectedFolder = added.lastFolder;
+    updateDirectoryInfo();
+    enableActions();
     showUnsavedFileListNotice();
 }

@@ -37,17 +37,17 @@ QSize TexturePreviewArea::minimumSizeHint() const
 
 void TexturePreviewArea::dragEnterEvent(QDragEnterEvent *event)
 {
+    // A drag that is ignored goes on to the window, which would take a picture for a cartridge image: the action tells it that
+    // this place wants none of it.
+    event->setDropAction(Qt::IgnoreAction);
+    event->ignore();
     const QList<QUrl> urls = event->mimeData()->urls();
-    if (urls.isEmpty()) {
-        event->ignore();
+    if (urls.isEmpty())
         return;
-    }
     const QString path = urls.first().toLocalFile();
     QUILLARY_DEBUG_AS("virtual void TexturePreviewArea::dragEnterEvent(QDragEnterEvent *)") << path;
     if (urls.size() == 1 && fitsSelectedTexture(QFileInfo(path).suffix().toLower()))
         event->acceptProposedAction();
-    else
-        event->ignore();
 }
 
 void TexturePreviewArea::dropEvent(QDropEvent *event)

@@ -112,6 +112,7 @@ private slots:
     void emptyNames();
     void rootIsNotSaved();
     void savingSorts();
+    void savingAFormatChangesTheActions();
 };
 
 void TestPanels::layout_data()
@@ -772,6 +773,23 @@ void TestPanels::savingSorts()
     window.type("textureOffset", "0x10");
     window.press("textureSave");
     QCOMPARE(namesBelow(window.ab->treeItem), QStringList({"Other", "Sun"}));
+}
+
+void TestPanels::savingAFormatChangesTheActions()
+{
+    PanelWindow window;
+    window.select(window.sea);
+    QVERIFY(window.action("Extract")->isEnabled());
+    window.type("textureFormat", "tim");
+    QVERIFY(window.action("Extract")->isEnabled());
+    window.press("textureSave");
+    QVERIFY(!window.action("Extract")->isEnabled());
+    QVERIFY(!window.action("Import Image")->isEnabled());
+    window.type("textureFormat", "i8");
+    window.press("textureSave");
+    QVERIFY(window.action("Extract")->isEnabled());
+    QVERIFY(window.action("Import Image")->isEnabled());
+    QCOMPARE(currentROM.lastSelectedTexture, window.sea);
 }
 
 QTEST_MAIN(TestPanels)

@@ -95,6 +95,8 @@ private slots:
     void dragsWithoutImageOrTexture();
     void dragIsLogged();
     void dragWithoutFiles();
+    void refusedDragIsNotTakenByTheWindow_data();
+    void refusedDragIsNotTakenByTheWindow();
     void dropReplacesTheTexture();
 };
 
@@ -417,6 +419,34 @@ void TestPreview::dragWithoutFiles()
     (window.area()->*&OpenArea::dragEnterEvent)(&event);
     QVERIFY(!event.isAccepted());
     QVERIFY(log.all().isEmpty());
+}
+
+void TestPreview::refusedDragIsNotTakenByTheWindow_data()
+{
+    QTest::addColumn<QString>("format");
+    QTest::addColumn<QString>("file");
+    QTest::newRow("picture of another kind") << "jpeg" << "picture.png";
+    QTest::newRow("texture of an unknown format") << "tim" << "picture.png";
+    QTest::newRow("cartridge image") << "i8" << "game.z64";
+    QTest::newRow("no texture selected") << QString() << "picture.png";
+}
+
+void TestPreview::refusedDragIsNotTakenByTheWindow()
+{
+    QFETCH(QString, format);
+    QFETCH(QString, file);
+    PreviewWindow window;
+    window.show();
+    if (!format.isEmpty())
+        window.showTexture(format, 0, 8, 8);
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile("/a/" + file)});
+    QDragEnterEvent overPreview(QPoint(1, 1), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(window.area()->viewport(), &overPreview);
+    QVERIFY(!overPreview.isAccepted());
+    QDragEnterEvent overTree(QPoint(1, 1), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(window.tree()->viewport(), &overTree);
+    QVERIFY(overTree.isAccepted());
 }
 
 void TestPreview::dropReplacesTheTexture()

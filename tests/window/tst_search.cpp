@@ -135,6 +135,7 @@ private slots:
     void endsAtTheFirstCopy();
     void warnsOfAnUnreadablePicture();
     void showsItsProgress();
+    void progressDialogsDoNotPileUp();
     void cancelledByButton();
     void cancelledAtACopyKeepsWhatWasFound();
     void nothingReachesTheWindowMeanwhile();
@@ -848,6 +849,15 @@ void SearchWindowTest::showsItsProgress()
     QVERIFY(!progress()->isVisible());
     QCOMPARE(progress()->parent(), m_window.get());
     QVERIFY(!QApplication::overrideCursor());
+}
+
+void SearchWindowTest::progressDialogsDoNotPileUp()
+{
+    openImage(cartridgeImage(4096));
+    const QString picture = picturePath("a.png", noisePicture(4, 1));
+    for (int i = 0; i < 3; ++i)
+        run({picture}, {"i8"}, true, 0);
+    QCOMPARE(m_window->findChildren<QProgressDialog *>().size(), 1);
 }
 
 void SearchWindowTest::cancelledByButton()

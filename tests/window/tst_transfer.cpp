@@ -5,9 +5,11 @@
 #include "support/messages.h"
 #include "support/pictures.h"
 
+#include <QAction>
 #include <QApplication>
 #include <QDir>
 #include <QLabel>
+#include <QLineEdit>
 #include <QProgressDialog>
 #include <QPushButton>
 #include <QSettings>
@@ -86,6 +88,7 @@ private slots:
     void countFilesCounts();
 
     void texturePackAddsFoldersAndPictures();
+    void texturePackShowsItsFolderInThePanel();
     void texturePackCancelled();
     void texturePackWithoutFoldersChangesNothing();
 
@@ -810,6 +813,21 @@ void TransferTest::texturePackAddsFoldersAndPictures()
     QVERIFY(lines.contains("\"Directory path: " + path("pack/A_00001000_Grass") + " Directory name: A_00001000_Grass\""));
     QVERIFY(lines.contains("\"4096\""));
     QVERIFY(!m_window->findChild<QLabel *>("unsavedFileList")->isHidden());
+}
+
+void TransferTest::texturePackShowsItsFolderInThePanel()
+{
+    savedPicture("pack/A_00001000_Grass/00000010_rgba32_a.png", plainPicture(1, 1, qRgba(1, 2, 3, 4)));
+    m_window->parseTexturePack(path("pack"));
+    fileTreeDirectory *grass = currentROM.root->directories.first();
+    QCOMPARE(m_window->findChild<QLineEdit *>("folderPath")->text(), QStringLiteral("Root/Grass"));
+    QCOMPARE(m_window->findChild<QLineEdit *>("folderOffset")->text(), QStringLiteral("0x00001000"));
+    QVERIFY(m_window->findChild<QAction *>("newTextureAction")->isEnabled());
+    QCOMPARE(currentROM.lastSelectedFolder, grass);
+    // What is saved is the folder that the panel shows, under its own name.
+    m_window->saveDirectoryInfo();
+    QCOMPARE(QString(grass->name), QStringLiteral("Grass"));
+    QCOMPARE(grass->address, 0x1000);
 }
 
 void TransferTest::texturePackCancelled()
