@@ -2,6 +2,7 @@
 #include "app/mainwindow.h"
 #include "app/programoptions.h"
 #include "app/screenshot.h"
+#include "translations/translations.h"
 
 #include <QApplication>
 #include <QDebug>
@@ -22,6 +23,7 @@ int main(int argc, char *argv[])
     QCoreApplication::setApplicationVersion(QStringLiteral(QUILLARY_VERSION));
     QCoreApplication::setAttribute(Qt::AA_DontShowIconsInMenus, true);
 
+    installTranslation(systemLanguages());
     MainWindow window;
     qDebug().noquote() << describe(window.profilesFolder());
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/quillary")));

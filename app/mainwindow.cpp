@@ -382,7 +382,7 @@ void MainWindow::open()
     if (!maybeSave())
         return;
     const QString fileName = QFileDialog::getOpenFileName(this, tr("Open File"), m_settings.value(pathKey).toString(),
-                                                          QStringLiteral("Any files (*)"), nullptr, m_fileDialogOptions);
+                                                          tr("Any files (*)"), nullptr, m_fileDialogOptions);
     if (!fileName.isEmpty())
         loadFile(fileName);
 }

@@ -57,7 +57,7 @@ void MainWindow::parseXML(const QString &path)
 {
     QFile file(path);
     if (!openXmlFile(&file)) {
-        showBox(this, QMessageBox::Critical, QStringLiteral("parseXML"), tr("Couldn't open ") + path);
+        showBox(this, QMessageBox::Critical, QStringLiteral("parseXML"), tr("Couldn't open %1").arg(path));
         return;
     }
     RowMaker rows(this);
@@ -98,7 +98,7 @@ bool MainWindow::writeFileListTo(const QString &path)
     };
     if (saveWhole(path, write, &error))
         return true;
-    showBox(this, QMessageBox::Critical, QStringLiteral("createXMLFile"), tr("Couldn't open ") + path);
+    showBox(this, QMessageBox::Critical, QStringLiteral("createXMLFile"), tr("Couldn't open %1").arg(path));
     return false;
 }
 

@@ -351,7 +351,7 @@ void MainWindow::showFieldsOfFormat(const QString &format)
 {
     const textureFormat record = textureFormats::getAsMap().value(format, textureFormats::null);
     const bool isJpeg = format.toLower() == textureFormats::jpeg.name;
-    m_textureFormat->setToolTip(record.description);
+    m_textureFormat->setToolTip(textureFormats::describe(record));
     for (QWidget *widget : QList<QWidget *> {m_texturePaletteLabel, m_texturePalette})
         widget->setVisible(record.usesPalette);
     for (QWidget *widget : QList<QWidget *> {m_textureWidthLabel, m_textureWidth, m_textureHeightLabel, m_textureHeight})

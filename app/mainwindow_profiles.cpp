@@ -192,7 +192,7 @@ void MainWindow::replaceUnusableAutoloadProfile()
         return;
     if (!name.isEmpty())
         showBox(this, QMessageBox::Critical, QStringLiteral("parseXML"),
-                tr("Couldn't open ") + profileStore().fileListPath(name));
+                tr("Couldn't open %1").arg(profileStore().fileListPath(name)));
     name = ProfileSettings().autoload;
 }
 
@@ -205,7 +205,8 @@ void MainWindow::readProfileSettings()
     currentROM.autoloadProfile = settings.autoload;
     currentROM.autosave = settings.autosave;
     if (outcome == ProfileStore::Reading::NotOpened)
-        showBox(this, QMessageBox::Critical, QStringLiteral("readProfileSettings"), tr("Couldn't open ") + store.settingsPath());
+        showBox(this, QMessageBox::Critical, QStringLiteral("readProfileSettings"),
+                tr("Couldn't open %1").arg(store.settingsPath()));
     else if (outcome == ProfileStore::Reading::Malformed)
         showBox(this, QMessageBox::Critical, QStringLiteral("XMLReader::parseXML"), error);
 }
@@ -214,7 +215,8 @@ void MainWindow::saveProfileSettings()
 {
     const ProfileStore store = profileStore();
     if (!store.writeSettings(currentSettings()))
-        showBox(this, QMessageBox::Critical, QStringLiteral("saveProfileSettings"), tr("Couldn't open ") + store.settingsPath());
+        showBox(this, QMessageBox::Critical, QStringLiteral("saveProfileSettings"),
+                tr("Couldn't open %1").arg(store.settingsPath()));
 }
 
 void MainWindow::setAutoloadProfile(QString name)
@@ -249,7 +251,8 @@ bool MainWindow::writeFileListOf(const QString &profile)
     const ProfileStore store = profileStore();
     if (store.isSafe(profile))
         return writeFileListTo(store.fileListPath(profile));
-    showBox(this, QMessageBox::Critical, QStringLiteral("createXMLFile"), tr("Couldn't open ") + store.fileListPath(profile));
+    showBox(this, QMessageBox::Critical, QStringLiteral("createXMLFile"),
+            tr("Couldn't open %1").arg(store.fileListPath(profile)));
     return false;
 }
 
@@ -299,7 +302,7 @@ void MainWindow::saveProfile()
     const QString name = selectedProfile();
     if (name != currentROM.profileName) {
         const QString question =
-            tr("You are about to save ") + currentROM.profileName + tr(" over ") + name + tr(".\nWhat do you want to do?");
+            tr("You are about to save %1 over %2.\nWhat do you want to do?").arg(currentROM.profileName, name);
         if (showBox(this, QMessageBox::Warning, tr("Application"), question, QMessageBox::Save | QMessageBox::Cancel,
                     QMessageBox::Cancel)
             != QMessageBox::Save)
@@ -319,7 +322,7 @@ void MainWindow::newProfile()
     static const QRegularExpression allowed(QStringLiteral("^[^/:*?<>\\|]*$"));
     bool accepted = false;
     const QString name = QInputDialog::getText(this, tr("Create new profile"), tr("Profile Name:"), QLineEdit::Normal,
-                                               tr("New Profile"), &accepted);
+                                               QStringLiteral("New Profile"), &accepted);
     if (!accepted || name.isEmpty())
         return;
     const auto refuse = [this](const QString &reason) { showBox(this, QMessageBox::Critical, tr("Application"), reason); };
@@ -329,7 +332,7 @@ void MainWindow::newProfile()
     if (store.hasProfile(name))
         return refuse(tr("A profile with that name already exists."));
     if (!store.createProfile(name))
-        return refuse(tr("Couldn't create ") + store.profileFolder(name));
+        return refuse(tr("Couldn't create %1").arg(store.profileFolder(name)));
     m_autoloadProfileBox->addItem(name);
     m_profileBox->addItem(name);
     m_profileBox->setCurrentIndex(m_profileBox->count() - 1);
@@ -348,15 +351,17 @@ void MainWindow::deleteProfile()
         return refuse(tr("You can not delete the autoload profile."));
     if (name == currentROM.profileName)
         return refuse(tr("You can not delete a profile that is currently loaded."));
-    const QString question = tr("You are about to delete ") + name
-        + tr(".\nThis will delete the profile and all of its files permanently.\nDo you want to continue?");
+    const QString question = tr("You are about to delete %1.\n"
+                                "This will delete the profile and all of its files permanently.\n"
+                                "Do you want to continue?")
+                                 .arg(name);
     if (showBox(this, QMessageBox::Warning, tr("Application"), question, QMessageBox::Yes | QMessageBox::Cancel,
                 QMessageBox::Cancel)
         != QMessageBox::Yes)
         return;
     const ProfileStore store = profileStore();
     if (!store.removeProfile(name))
-        return refuse(tr("Couldn't delete ") + store.profileFolder(name));
+        return refuse(tr("Couldn't delete %1").arg(store.profileFolder(name)));
     m_autoloadProfileBox->removeItem(index);
     m_profileBox->removeItem(index);
     statusBar()->showMessage(tr("Profile deleted."), messageTime);

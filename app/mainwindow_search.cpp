@@ -48,7 +48,7 @@ public:
     void beginPicture(const QString &file, int number, int count) override
     {
         if (m_progress)
-            m_progress->setLabelText(tr("Searching for ") + file + QStringLiteral("..."));
+            m_progress->setLabelText(MainWindow::tr("Searching for %1...").arg(file));
         handleEvents();
         QUILLARY_DEBUG_AS(runFunction) << "File" << QString::number(number) << "of" << count;
     }
@@ -73,7 +73,8 @@ public:
 
     void cannotReadPicture(const QString &file) override
     {
-        QMessageBox box(QMessageBox::Warning, tr("Application"), tr("Cannot read file %1.").arg(file), QMessageBox::Ok, m_window);
+        QMessageBox box(QMessageBox::Warning, MainWindow::tr("Application"), MainWindow::tr("Cannot read file %1.").arg(file),
+                        QMessageBox::Ok, m_window);
         box.setTextFormat(Qt::PlainText); // A file's name is data.
         box.exec();
     }

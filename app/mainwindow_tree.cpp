@@ -73,6 +73,16 @@ bool isWaitingTexture(const QTreeWidgetItem *row)
     return row->type() == MainWindow::TextureRow && !row->data(OffsetColumn, filledRole).toBool();
 }
 
+/// Whole sentences: what is put into one differs with the word for it in other languages.
+QString deletionQuestion()
+{
+    switch (currentROM.selectedType) {
+    case MainWindow::FolderSelected: return MainWindow::tr("Are you sure that you want to delete the selected folder?");
+    case MainWindow::TextureSelected: return MainWindow::tr("Are you sure that you want to delete the selected texture?");
+    default: return MainWindow::tr("Are you sure that you want to delete the selected none?");
+    }
+}
+
 bool isInside(const fileTreeDirectory *folder, const fileTreeDirectory *outer)
 {
     while (folder && folder != outer)
@@ -105,8 +115,8 @@ void MainWindow::createTreeView()
     m_treeWidget->setObjectName(QStringLiteral("fileTree"));
     m_treeWidget->setAccessibleName(tr("File table"));
     m_treeWidget->setColumnCount(ColumnCount);
-    m_treeWidget->setHeaderLabels({tr("File"), tr("Offset"), tr("Offset End"), tr("Address"), tr("Address End"), tr("Size"),
-                                   tr("Format"), tr("Width"), tr("Height"), tr("Palette Address")});
+    m_treeWidget->setHeaderLabels({tr("File", "column"), tr("Offset"), tr("Offset End"), tr("Address"), tr("Address End"),
+                                   tr("Size"), tr("Format"), tr("Width"), tr("Height"), tr("Palette Address")});
     QFont font = m_treeWidget->font();
     font.setFamily(QStringLiteral("Courier"));
     font.setStyleHint(QFont::Monospace); // Where there is no Courier, the digits still stand below each other.
@@ -351,9 +361,7 @@ void MainWindow::addTexture()
 
 void MainWindow::deleteItem()
 {
-    const QString question =
-        QStringLiteral("Are you sure that you want to delete the selected ") + selectedItemType() + QLatin1Char('?');
-    if (QMessageBox::question(this, tr("Delete"), question, QMessageBox::Yes | QMessageBox::No, QMessageBox::No)
+    if (QMessageBox::question(this, tr("Delete"), deletionQuestion(), QMessageBox::Yes | QMessageBox::No, QMessageBox::No)
         != QMessageBox::Yes)
         return;
     // Taking the current row out moves the selection on, and with it the pointers of currentROM, before destroy() returns.

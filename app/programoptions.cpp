@@ -18,11 +18,9 @@ public:
     Parser()
     {
         setSingleDashWordOptionMode(ParseAsLongOptions);
-        setApplicationDescription(
-            QCoreApplication::translate("main", "Explore and edit the textures inside Nintendo 64 cartridge images."));
+        setApplicationDescription(QStringLiteral("Explore and edit the textures inside Nintendo 64 cartridge images."));
         addOptions({help, version, screenshot});
-        addPositionalArgument(QStringLiteral("image"), QCoreApplication::translate("main", "The cartridge image to open."),
-                              QStringLiteral("[image]"));
+        addPositionalArgument(QStringLiteral("image"), QStringLiteral("The cartridge image to open."), QStringLiteral("[image]"));
         for (const char *name :
              {"platform", "platformpluginpath", "platformtheme", "plugin", "qwindowgeometry", "geometry", "qwindowicon", "icon",
               "qwindowtitle", "title", "style", "stylesheet", "session", "display", "fontengine", "dialogs"})
@@ -37,20 +35,18 @@ public:
         if (!parse(arguments))
             return errorText();
         if (positionalArguments().size() > 1)
-            return QCoreApplication::translate("main", "More than one image is named.");
+            return QStringLiteral("More than one image is named.");
         if (isSet(screenshot) && value(screenshot).isEmpty())
-            return QCoreApplication::translate("main", "The screenshot needs a file name.");
+            return QStringLiteral("The screenshot needs a file name.");
         return QString();
     }
 
-    const QCommandLineOption help {{QStringLiteral("h"), QStringLiteral("help")},
-                                   QCoreApplication::translate("main", "Show this help and end.")};
+    const QCommandLineOption help {{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this help and end.")};
     const QCommandLineOption version {{QStringLiteral("v"), QStringLiteral("version")},
-                                      QCoreApplication::translate("main", "Show the version and end.")};
+                                      QStringLiteral("Show the version and end.")};
     const QCommandLineOption screenshot {
         QStringLiteral("screenshot"),
-        QCoreApplication::translate("main",
-                                    "Open the image, select its first texture, render the window into a PNG file and end."),
+        QStringLiteral("Open the image, select its first texture, render the window into a PNG file and end."),
         QStringLiteral("png")};
 
 private:

@@ -63,6 +63,6 @@ bool takeScreenshot(MainWindow *window, const QString &image, const QString &pat
     const bool saved = saveWhole(
         path, [&picture](QIODevice *device) { return picture.save(device, "PNG"); }, &error);
     if (!saved)
-        report(MainWindow::tr("Cannot write file %1:\n%2.").arg(path, error));
+        report(QStringLiteral("Cannot write file %1:\n%2.").arg(path, error));
     return saved;
 }

@@ -31,4 +31,7 @@ extern const textureFormat null; ///< Stands for an unknown format; not in the m
 
 /// The ten real formats by name, ordered by name. Look-ups are exact and case-sensitive.
 QMap<QString, textureFormat> getAsMap();
+
+/// The description of \a format in the language of the program's texts.
+QString describe(const textureFormat &format);
 }

@@ -47,9 +47,12 @@ install_packages() {
     say "Installed: $*"
 }
 
-# A compiler, CMake, a build tool and Qt.
+# What compiles the translations, and Qt's own texts in other languages.
+translation_packages=(qttools5-dev qttools5-dev-tools qttranslations5-l10n)
+
+# require_tools [PACKAGE...]: a compiler, CMake, a build tool and Qt, and further Debian packages
 require_tools() {
-    local missing=()
+    local missing=() package
     have c++ || have g++ || have clang++ || missing+=(g++)
     have cmake || missing+=(cmake)
     have ninja || have make || missing+=(ninja-build)
@@ -58,6 +61,9 @@ require_tools() {
     if [ ${#missing[@]} -gt 0 ] && ! have ninja && [[ " ${missing[*]} " != *" ninja-build "* ]]; then
         missing+=(ninja-build)
     fi
+    for package in "$@"; do
+        has_package "$package" || missing+=("$package")
+    done
     install_packages "${missing[@]}"
 }
 
@@ -75,6 +81,15 @@ want_desktop() {
     else
         say "The tests on a desktop will be left out: ${missing[*]} cannot be installed from here."
     fi
+}
+
+# Without them the window is in English alone, which is no reason to stop.
+try_translation_packages() {
+    local missing=() package
+    for package in "${translation_packages[@]}"; do
+        has_package "$package" || missing+=("$package")
+    done
+    [ ${#missing[@]} = 0 ] || (install_packages "${missing[@]}") || say "Going on: the window will be in English"
 }
 
 # build FOLDER TARGETS [CMAKE ARGUMENT...]: configures FOLDER if that has not been done, and builds TARGETS, several in one word

@@ -109,7 +109,7 @@ QGroupBox *findTextureDialog::createFormatBox()
             continue;
         auto *choice = new QCheckBox(format.name, box);
         choice->setObjectName(QStringLiteral("formatBox_") + format.name);
-        choice->setToolTip(format.description);
+        choice->setToolTip(textureFormats::describe(format));
         choice->setChecked(true);
         layout->addWidget(choice);
         m_formats->addButton(choice);

@@ -15,10 +15,10 @@
 
 namespace
 {
-QString translate(const char *text)
+class ExtractionTexts
 {
-    return QCoreApplication::translate("Extraction", text);
-}
+    Q_DECLARE_TR_FUNCTIONS(Extraction)
+};
 
 bool writeFile(const QString &path, const QByteArray &bytes, QString *error)
 {
@@ -27,7 +27,7 @@ bool writeFile(const QString &path, const QByteArray &bytes, QString *error)
         return saveNew(path, bytes, error);
     // Opening a pipe would wait for a reader.
     if (info.exists() && !info.isFile()) {
-        *error = translate("There is something of that name that is no regular file");
+        *error = ExtractionTexts::tr("There is something of that name that is no regular file");
         return false;
     }
     // Extracting a folder anew finds most of its files as they were; replacing each costs a flush to the disk.
@@ -116,15 +116,16 @@ private:
     bool makeDirectory(const fileTreeDirectory &directory, const QString &target)
     {
         if (!staysInFolder(directory.name)) {
-            leaveOut(directory.path() + directory.name, translate("Its name is no name for a directory"));
+            leaveOut(directory.path() + directory.name, ExtractionTexts::tr("Its name is no name for a directory"));
             return false;
         }
         if (!QDir(target).exists() && !QDir(target).mkpath(QStringLiteral("."))) {
-            leaveOut(directory.path() + directory.name, translate("The directory could not be created"));
+            leaveOut(directory.path() + directory.name, ExtractionTexts::tr("The directory could not be created"));
             return false;
         }
         if (leadsOut(target)) {
-            leaveOut(directory.path() + directory.name, translate("A link of that name leads out of the chosen folder"));
+            leaveOut(directory.path() + directory.name,
+                     ExtractionTexts::tr("A link of that name leads out of the chosen folder"));
             return false;
         }
         return true;
@@ -135,9 +136,9 @@ private:
         const QString fileName = directory + QLatin1Char('/') + texture.name + pictureExtension(texture.format);
         QString error;
         if (!staysInFolder(texture.name))
-            error = translate("Its name is no name for a file");
+            error = ExtractionTexts::tr("Its name is no name for a file");
         else if (leadsOut(fileName))
-            error = translate("A link of that name leads out of the chosen folder");
+            error = ExtractionTexts::tr("A link of that name leads out of the chosen folder");
         else if (extractTexture(texture, fileName, m_log, &error) == ExtractOutcome::Extracted)
             ++m_result.written;
         if (!error.isEmpty())
@@ -161,13 +162,13 @@ QString pictureExtension(const QString &format)
 ExtractOutcome extractTexture(const fileTreeFile &texture, const QString &path, WorkLog *log, QString *error)
 {
     if (!texture.exists()) {
-        *error = translate("It has no data");
+        *error = ExtractionTexts::tr("It has no data");
         return ExtractOutcome::MissingData;
     }
     const QMap<QString, textureFormat> formats = textureFormats::getAsMap();
     const auto record = formats.constFind(texture.format);
     if (record == formats.constEnd()) {
-        *error = translate("Its format is not supported");
+        *error = ExtractionTexts::tr("Its format is not supported");
         return ExtractOutcome::UnknownFormat;
     }
     log->debug(debugLine(static_cast<const QString &>(texture.name), texture.format, texture.width, texture.height));
@@ -176,14 +177,14 @@ ExtractOutcome extractTexture(const fileTreeFile &texture, const QString &path, 
 
     const QImage image = textureManipulator::generateTexture(texture.data(), *record, texture.width, texture.palette());
     if (image.isNull()) {
-        *error = translate("Its data gives no picture");
+        *error = ExtractionTexts::tr("Its data gives no picture");
         return ExtractOutcome::NotDecodable;
     }
     log->debug(debugLine("Saving texture in format", int(image.format())));
     log->debug(debugLine("Texture format palette colors:", image.colorCount()));
     const QByteArray png = encodedAsPng(image);
     if (png.isEmpty()) {
-        *error = translate("It could not be encoded as PNG");
+        *error = ExtractionTexts::tr("It could not be encoded as PNG");
         return ExtractOutcome::NotWritten;
     }
     return writeFile(path, png, error) ? ExtractOutcome::Extracted : ExtractOutcome::NotWritten;

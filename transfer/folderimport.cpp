@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "transfer/folderimport.h"
 
+#include "codec/pictureloader.h"
 #include "model/textureformat.h"
 #include "persist/imagefile.h"
 #include "transfer/debugline.h"
-#include "codec/pictureloader.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -19,10 +19,10 @@ namespace
 {
 constexpr QDir::Filters noLinks = QDir::NoSymLinks | QDir::NoDotAndDotDot;
 
-QString translate(const char *text)
+class FolderImportTexts
 {
-    return QCoreApplication::translate("FolderImport", text);
-}
+    Q_DECLARE_TR_FUNCTIONS(FolderImport)
+};
 
 /// The nodes of a folder by lower-case name: of nodes with one name the first in the list, as a walk through it finds.
 template<typename Node> QHash<QString, Node *> byName(const QList<Node *> &nodes)
@@ -85,7 +85,7 @@ private:
     {
         m_log->debug(debugLine("Importing directory", path));
         if (!directory) {
-            leaveOut(path, translate("The program tried to import into a non-existent folder."));
+            leaveOut(path, FolderImportTexts::tr("The program tried to import into a non-existent folder."));
             return;
         }
         Level level;
@@ -105,7 +105,7 @@ private:
         m_log->debug(debugLine("Importing Texture", path));
         const bool isJpeg = path.endsWith(QLatin1String(".jpeg"));
         if (!isJpeg && !path.endsWith(QLatin1String(".png"))) {
-            leaveOut(path, translate("File format not supported."));
+            leaveOut(path, FolderImportTexts::tr("File format not supported."));
             return;
         }
         const fileTreeFile *texture = level.textures.value(QFileInfo(path).completeBaseName().toLower());
@@ -113,7 +113,7 @@ private:
             return;
         const QImage picture = loadPicture(path);
         if (!isJpeg && picture.size() != QSize(texture->width, texture->height)) {
-            leaveOut(path, translate("Incorrect image dimensions."));
+            leaveOut(path, FolderImportTexts::tr("Incorrect image dimensions."));
             return;
         }
         QByteArray rawPicture;
@@ -133,12 +133,13 @@ private:
             return;
         }
         m_log->debug(debugLine("Could not find directory", name));
-        leaveOut(path, translate("No folder named %1 in %2.").arg(name, level.directory->path() + level.directory->name));
+        leaveOut(path,
+                 FolderImportTexts::tr("No folder named %1 in %2.").arg(name, level.directory->path() + level.directory->name));
     }
 
     void leaveOut(const QString &path, const QString &reason)
     {
-        m_report->append(translate("%1 was not imported. %2").arg(path, reason) + QLatin1Char('\n'));
+        m_report->append(FolderImportTexts::tr("%1 was not imported. %2").arg(path, reason) + QLatin1Char('\n'));
     }
 
     const TextureSink &m_write;
