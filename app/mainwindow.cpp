@@ -303,7 +303,7 @@ void MainWindow::setupGUI()
     setCentralWidget(m_centralWidget);
 
     // All columns and the panels beside them, but no more than nearly the whole screen.
-    resize(QSize(1600, 900).boundedTo(screen()->availableSize() * 0.92));
+    resize(QSize(1700, 900).boundedTo(screen()->availableSize() * 0.92));
 }
 
 void MainWindow::updateRecentFileActions()
