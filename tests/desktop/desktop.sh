@@ -90,6 +90,36 @@ install_program() { # the program, and the demo cartridge with its profile, in a
     profiles=$work/bin/profiles/NQDE0
 }
 
+# dark_palette: the colours of a dark desktop, which the toolkit reads from that desktop's settings
+dark_palette() {
+    export XDG_CURRENT_DESKTOP=KDE KDE_FULL_SESSION=true KDE_SESSION_VERSION=5
+    cat >"$XDG_CONFIG_HOME/kdeglobals" <<'COLOURS'
+[General]
+widgetStyle=fusion
+[KDE]
+widgetStyle=fusion
+[Colors:Window]
+BackgroundNormal=49,54,59
+ForegroundNormal=239,240,241
+[Colors:View]
+BackgroundNormal=35,38,41
+BackgroundAlternate=49,54,59
+ForegroundNormal=239,240,241
+ForegroundLink=41,128,185
+ForegroundVisited=127,140,141
+[Colors:Button]
+BackgroundNormal=49,54,59
+ForegroundNormal=239,240,241
+[Colors:Selection]
+BackgroundNormal=61,174,233
+ForegroundNormal=239,240,241
+[Colors:Tooltip]
+BackgroundNormal=49,54,59
+ForegroundNormal=239,240,241
+COLOURS
+    highlight='#3daee9'
+}
+
 start_program() { # start_program [ARGUMENT...]
     "$work/bin/quillary" "$@" >"$work/log" 2>&1 &
     program=$!
@@ -160,17 +190,16 @@ tool() {
 }
 
 place_of() { # place_of ICON: the centre of the tool button with that icon
-    local frame=2 size=$((32 * scale)) top left found # the third picture in each icon has 32 pixels, the fifth 64
+    local frame=2 size=$((32 * scale)) top left ground # the third picture in each icon has 32 pixels, the fifth 64
     [ "$scale" = 1 ] || frame=4
     eval "$(xdotool getactivewindow getwindowgeometry --shell)"
     left=$X top=$Y # of what the frame surrounds, or somewhat lower: some versions of xdotool add the frame's title bar
     import -window root -crop "$((620 * scale))x$((80 * scale))+$left+$top" +repage "$work/tools.png"
-    local ground
     ground=$(convert "$work/tools.png" -format '%[pixel:p{6,20}]' info:)
     convert "$icons/$1.ico[$frame]" -background "$ground" -flatten "$work/tool.png"
-    found=$(compare -metric RMSE -dissimilarity-threshold 1 -subimage-search "$work/tools.png" "$work/tool.png" null: 2>&1) || true
-    [[ $found =~ \(0\.0[0-2][0-9]*\)\ @\ ([0-9]+),([0-9]+)$ || $found =~ \(0\)\ @\ ([0-9]+),([0-9]+)$ ]] || return 1
-    echo "$((left + BASH_REMATCH[1] + size / 2)) $((top + BASH_REMATCH[2] + size / 2))"
+    find_picture "$work/tools.png" "$work/tool.png" 0.03 >"$work/place" || return 1 # the ground is not quite even
+    read -r X Y <"$work/place"
+    echo "$((left + X + size / 2)) $((top + Y + size / 2))"
 }
 
 expand_all() { # in the tree, from its first row
@@ -208,19 +237,75 @@ click_row() { # click_row [ROWS [BUTTON]]: with the mouse, the selected row, or 
     click $((x + 150 * scale)) $((y + height / 2 + height * ${1:-0})) "${2:-1}"
 }
 
-# shows PICTURE: whether the preview shows exactly that picture, a pixel as SCALE pixels of the screen
-shows() {
+# search_picture PICTURE PART: X Y and the difference, from 0 to 1, of where the part fits best
+search_picture() {
     local found
-    eval "$(xdotool getactivewindow getwindowgeometry --shell)"
-    import -window root -crop "$((240 * scale))x$((200 * scale))+$((X + WIDTH - 245 * scale))+$((Y + HEIGHT / 2 - 100 * scale))" \
-        +repage "$work/preview.png"
+    found=$(compare -metric RMSE -dissimilarity-threshold 1 -subimage-search "$1" "$2" null: 2>&1) || true
+    [[ $found =~ \(([0-9.e+-]+)\)\ @\ ([0-9]+),([0-9]+)$ ]] || return 1
+    echo "${BASH_REMATCH[2]} ${BASH_REMATCH[3]} ${BASH_REMATCH[1]}"
+}
+
+# find_picture PICTURE PART [DIFFERENCE]: X Y of the part in the picture, pixel for pixel
+find_picture() {
+    local x y difference left=0 top=0 picture=$1
+    if [ "$scale" != 1 ]; then # searched for at half the size first, and then where it was found, which is far quicker
+        convert "$1" -sample 50% "$work/half.png"
+        convert "$2" -sample 50% "$work/half-part.png"
+        read -r x y difference < <(search_picture "$work/half.png" "$work/half-part.png") || return 1
+        left=$((x > 2 ? 2 * x - 4 : 0)) top=$((y > 2 ? 2 * y - 4 : 0))
+        picture=$work/there.png
+        convert "$1" -crop "$(convert "$2" -format '%[fx:w+8]x%[fx:h+8]' info:)+$left+$top" +repage "$picture"
+    fi
+    read -r x y difference < <(search_picture "$picture" "$2") || return 1
+    awk -v found="$difference" -v allowed="${3:-0}" 'BEGIN { exit !(found <= allowed) }' || return 1
+    echo "$((left + x)) $((top + y))"
+}
+
+# shows PICTURE: whether the preview shows exactly that picture, each pixel as SCALE x SCALE pixels of the screen
+shows() {
+    local x y
+    read -r x y < <(preview_centre)
+    import -window root -crop "$((200 * scale))x$((160 * scale))+$((x - 100 * scale))+$((y - 80 * scale))" +repage "$work/preview.png"
     convert "$1" -scale "${scale}00%" "$work/wanted.png"
-    found=$(compare -metric RMSE -dissimilarity-threshold 1 -subimage-search "$work/preview.png" "$work/wanted.png" null: 2>&1) || true
-    [[ $found == '0 (0) @'* ]]
+    find_picture "$work/preview.png" "$work/wanted.png" >/dev/null
+}
+
+preview_centre() { # X Y
+    eval "$(xdotool getactivewindow getwindowgeometry --shell)"
+    echo "$((X + WIDTH - 130 * scale)) $((Y + HEIGHT / 2 + 34 * scale))" # there is more above it than below
+}
+click_preview() {
+    local x y
+    read -r x y < <(preview_centre)
+    click "$x" "$y"
+}
+
+screen_has() { # screen_has COLOUR: whether the screen shows at least a hundred pixels of exactly that colour
+    local count
+    count=$(import -window root png:- | convert - -fill black +opaque "$1" -fill white -opaque "$1" -format '%[fx:int(mean*w*h)]' info:)
+    [ "$count" -ge 100 ]
 }
 
 logged_part() { grep -qF -- "$1" "$work/log"; }
 logged() { [ "$(grep -cxF -- "$1" "$work/log")" -ge "${2:-1}" ]; } # logged LINE [TIMES]
+
+# --- drag and drop -----------------------------------------------------------------------------------------------------
+
+# drag FILE X Y: from the window of a file manager, so to speak, to that place, with the mouse
+drag() {
+    QT_SCALE_FACTOR=1 "$programs/../tests/desktop/drag-source" "$1" >/dev/null 2>&1 &
+    local x=$2 y=$3
+    started+=($!)
+    wait_for_window 'Drag source'
+    xdotool getactivewindow windowmove --sync 5 5 || true
+    wait_until_settled
+    xdotool mousemove 40 60 mousedown 1 mousemove 60 80 mousemove 90 110
+    wait_until_settled
+    xdotool mousemove $((x - 20)) $((y - 10)) mousemove $((x - 5)) $((y - 5)) mousemove "$x" "$y"
+    wait_until_settled
+    xdotool mouseup 1
+    wait_for "the end of the drag" not_active 'Drag source'
+}
 
 # --- files -------------------------------------------------------------------------------------------------------------
 
