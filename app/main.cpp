@@ -18,10 +18,12 @@ int main(int argc, char *argv[])
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
     QApplication application(argc, argv);
     QCoreApplication::setOrganizationName(QStringLiteral("Brimholt"));
-    QCoreApplication::setOrganizationDomain(QStringLiteral("quillary.example"));
+    QCoreApplication::setOrganizationDomain(QStringLiteral("brimholt.example"));
     QCoreApplication::setApplicationName(QStringLiteral("Quillary"));
     QCoreApplication::setApplicationVersion(QStringLiteral(QUILLARY_VERSION));
     QCoreApplication::setAttribute(Qt::AA_DontShowIconsInMenus, true);
+    // By its desktop entry a desktop knows the window's name and icon.
+    QGuiApplication::setDesktopFileName(QStringLiteral(QUILLARY_APPLICATION_ID));
 
     installTranslation(systemLanguages());
     MainWindow window;

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
 # Renders the icons in svg/ to the files that the program carries: one .ico an icon with all its sizes, so that one resource
-# path is crisp in menus, toolbars and on displays of high density. Needed only when a drawing changes; the results are kept
-# in the repository. Uses rsvg-convert (librsvg2-bin) and python3.
+# path is crisp in menus, toolbars and on displays of high density; and the program's own icon to hicolor/, for desktops. Needed
+# only when a drawing changes; the results are kept in the repository. Uses rsvg-convert (librsvg2-bin) and python3.
 #
 # NAME-16.svg is drawn on a grid of 16 pixels and gives the sizes 16, 32 and 64; NAME-24.svg gives 24 and 48.
 set -euo pipefail
@@ -32,3 +32,11 @@ for small in svg/*-16.svg; do
     python3 packico.py "icons/$name.ico" "${pictures[@]}"
 done
 rsvg-convert svg/alphabg.svg --output style/alphabg.png
+
+for size in 16 24 32 48 64 128 256; do
+    drawing=svg/quillary.svg
+    [ "$size" = 16 ] && drawing=svg/quillary-16.svg
+    folder=hicolor/${size}x$size/apps
+    mkdir -p "$folder"
+    cp "$(render "$drawing" "$size")" "$folder/quillary.png"
+done

@@ -92,6 +92,22 @@ try_translation_packages() {
     [ ${#missing[@]} = 0 ] || (install_packages "${missing[@]}") || say "Going on: the window will be in English"
 }
 
+# What looks at manual pages, desktop entries and packages. Tests that need them are skipped where they cannot be installed.
+want_packaging_tools() {
+    local missing=()
+    have desktop-file-validate || missing+=(desktop-file-utils)
+    have appstreamcli || missing+=(appstream)
+    have dpkg-shlibdeps || missing+=(dpkg-dev)
+    have file || missing+=(file)
+    have groff || missing+=(groff-base)
+    [ ${#missing[@]} -gt 0 ] || return 0
+    if may_install; then
+        install_packages "${missing[@]}"
+    else
+        say "Some tests of the packages will be skipped: ${missing[*]} cannot be installed from here."
+    fi
+}
+
 # build FOLDER TARGETS [CMAKE ARGUMENT...]: configures FOLDER if that has not been done, and builds TARGETS, several in one word
 build() {
     local folder=$1 targets=$2 log

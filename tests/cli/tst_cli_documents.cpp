@@ -117,17 +117,6 @@ private slots:
         QVERIFY(page.contains("Quillary " QUILLARY_VERSION));
     }
 
-    void manualPageIsWellFormed()
-    {
-        QProcess groff;
-        groff.start("groff", {"-man", "-ww", "-Tutf8", QUILLARY_SOURCE_DIR "/docs/man/quillary-cli.1"});
-        if (!groff.waitForStarted())
-            QSKIP("groff is not installed");
-        QVERIFY(groff.waitForFinished());
-        QCOMPARE(groff.exitCode(), 0);
-        QCOMPARE(groff.readAllStandardError(), QByteArray());
-    }
-
     void everyJsonKeyIsDocumented()
     {
         const ProfileFolder folder(bootImage(0x90BB6CB5));
