@@ -111,7 +111,7 @@ std::optional<textureFormat> Arguments::format(const char *option) const
 {
     if (!isSet(option))
         return std::nullopt;
-    const std::optional<textureFormat> format = parsedFormat(value(option));
+    std::optional<textureFormat> format = parsedFormat(value(option));
     if (!format)
         reject(QStringLiteral("There is no texture format \"%1\"; there are %2").arg(value(option), formatNames()));
     return format;

@@ -41,11 +41,20 @@ public:
     NodeName(const NodeName &other) : QString(other) {}
     ~NodeName() { leave(); }
 
-    NodeName &operator=(const NodeName &other) { return assign(other); }
-    NodeName &operator=(const QString &name) { return assign(name); }
-    NodeName &operator=(const char *name) { return assign(QString::fromUtf8(name)); }
-    NodeName &operator=(QLatin1String name) { return assign(name); }
-    NodeName &operator=(QChar name) { return assign(QString(name)); }
+    NodeName &operator=(const NodeName &other)
+    {
+        if (this != &other)
+            assign(other);
+        return *this;
+    }
+    NodeName &operator=(const QString &name)
+    {
+        assign(name);
+        return *this;
+    }
+    NodeName &operator=(const char *name) { return *this = QString::fromUtf8(name); }
+    NodeName &operator=(QLatin1String name) { return *this = QString(name); }
+    NodeName &operator=(QChar name) { return *this = QString(name); }
 
     template<typename T> NodeName &operator+=(const T &text) { return assign(QString(*this) += text); }
     template<typename... T> NodeName &append(T &&...text) { return assign(QString(*this).append(std::forward<T>(text)...)); }

@@ -23,6 +23,7 @@ public:
 protected:
     fileTreeNode();
     fileTreeNode(const fileTreeNode &) : fileTreeNode() {}
+    // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): nothing is taken over from another one
     fileTreeNode &operator=(const fileTreeNode &) { return *this; }
 
 private:

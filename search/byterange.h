@@ -20,7 +20,7 @@ constexpr int wordBytes = 8;
 /// The eight bytes at \a bytes, in the machine's order: words are compared and hashed, never read as numbers.
 inline quint64 wordAt(const char *bytes)
 {
-    quint64 word;
+    quint64 word = 0;
     std::memcpy(&word, bytes, wordBytes);
     return word;
 }
