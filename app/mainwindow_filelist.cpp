@@ -104,6 +104,7 @@ bool MainWindow::writeFileListTo(const QString &path)
 
 void MainWindow::clearFileTable()
 {
+    const bool showedSelection = currentROM.lastSelectedFolder || currentROM.lastSelectedTexture;
     fileTreeDirectory *root = currentROM.root;
     root->directories.clear();
     root->files.clear();
@@ -128,4 +129,9 @@ void MainWindow::clearFileTable()
     const QStringList cells = {QStringLiteral("Root"), hexNumber(0), size, hexNumber(0), size, size};
     for (int column = 0; column < cells.size(); ++column)
         root->treeItem->setText(column, cells.at(column));
+    // The tree signals nothing where none of its rows was selected, as after the import of a texture pack.
+    if (showedSelection) {
+        enableActions();
+        updateSelectedInfo();
+    }
 }

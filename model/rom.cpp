@@ -2,6 +2,7 @@
 #include "model/rom.h"
 
 #include "model/debuglog.h"
+#include "model/jpegends.h"
 #include "model/textureformat.h"
 #include "model/wrapping.h"
 
@@ -80,6 +81,12 @@ QByteArray bytesOfImage(int address, int size)
     return image.mid(address, size);
 }
 
+JpegEnds &jpegEnds()
+{
+    static JpegEnds ends;
+    return ends;
+}
+
 constexpr int noJpegStart = -1;
 constexpr int noJpegTables = -2;
 
@@ -103,7 +110,7 @@ int jpegSize(int address)
         const quint16 marker = wordAt(position);
         position += 2;
         if (marker == quantisationTable) {
-            const int end = image.indexOf("\xFF\xD9", int(address + position));
+            const int end = jpegEnds().next(image, int(address + position));
             return end < 0 ? 1 : end - address + 2; // A missing end yields 1; such entries are shown as they always were.
         }
         if (marker == startOfImage)
@@ -495,6 +502,11 @@ fileTreeFile *fileTreeContainer::fileFromPath(const QString &path) const
     if (found)
         QUILLARY_DEBUG_AS("fileTreeFile *fileTreeContainer::fileFromPath(QString)") << "Found file from path" << path;
     return found;
+}
+
+void releaseImageBytes()
+{
+    jpegEnds().forget();
 }
 
 ROM::ROM() : root(new fileTreeDirectory), editedFolder(new fileTreeDirectory), editedTexture(new fileTreeFile)

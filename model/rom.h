@@ -193,6 +193,10 @@ public:
 
 extern ROM currentROM;
 
+/// Lets go of the loaded image's bytes wherever they are kept for measuring. Call it before writing into the image or replacing
+/// it: the bytes are seen to have changed without it too, but at the price of a copy of the whole image.
+void releaseImageBytes();
+
 /// Takes \a row out of \a parentRow, and shows the parent row as empty when it was the last. Set by the window library, so that
 /// the model needs none; null in programs without one.
 using TreeRowRemover = void (*)(QTreeWidgetItem *parentRow, QTreeWidgetItem *row);

@@ -2,6 +2,7 @@
 #include "transfer/texturewriter.h"
 
 #include "codec/texturemanipulator.h"
+#include "model/rom.h"
 #include "model/textureformat.h"
 #include "transfer/debugline.h"
 
@@ -22,6 +23,7 @@ bool overwrite(QByteArray *cartridge, int address, const QByteArray &bytes)
         return false;
     if (bytes.isEmpty())
         return true;
+    releaseImageBytes();
     if (end > oldSize) {
         cartridge->resize(int(end));
         if (address > oldSize)

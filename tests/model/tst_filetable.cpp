@@ -4,9 +4,12 @@
 #include "support/images.h"
 #include "support/messages.h"
 
+#include <QElapsedTimer>
+#include <QRandomGenerator>
 #include <QTest>
 
 #include <climits>
+#include <cstring>
 
 namespace
 {
@@ -55,6 +58,9 @@ private slots:
     void jpegSize();
     void jpegOutsideTheImage();
     void jpegStepsAreLimited();
+    void jpegEndsFollowTheImage();
+    void jpegsWithoutEndAreMeasuredQuickly();
+    void measuringKeepsNoSecondImage();
     void dataIsCutAtTheImagesEnd();
     void dataFollowsTheImage();
     void palette();
@@ -271,6 +277,64 @@ void FileTableTest::jpegStepsAreLimited()
     QCOMPARE(jpegAt(0, "FFD8" + segment.repeated(8) + "FFDBFFD9")->size(), 2 + 8 * 4 + 4);
     QCOMPARE(jpegAt(0, "FFD8" + segment.repeated(9) + "FFDBFFD9")->size(), -2);
     QCOMPARE(jpegAt(0, "FFD8" + segment.repeated(11) + "FFDBFFD9")->size(), -2);
+}
+
+void FileTableTest::jpegEndsFollowTheImage()
+{
+    constexpr int imageSize = 64 * 1024;
+    QRandomGenerator random(7);
+    loadIntoCurrentROM(QByteArray(imageSize, '\0'));
+    QList<fileTreeFile *> entries;
+    for (int address = 0; address < imageSize; address += 1024) {
+        currentROM.data.replace(address, 4, QByteArray::fromHex("FFD8FFDB"));
+        entries << texture(currentROM.root, "picture", address);
+        entries.last()->format = QStringLiteral("jpeg");
+    }
+    for (int i = 0; i < 20000; ++i) {
+        const fileTreeFile *entry = entries.at(random.bounded(entries.size()));
+        const int end = currentROM.data.indexOf("\xFF\xD9", entry->address + 4);
+        QCOMPARE(entry->size(), end < 0 ? 1 : end + 2 - entry->address);
+        if (random.bounded(50) > 0)
+            continue;
+        // Away with a marker, or down with one, by one of the ways to write; never over the starts.
+        const int place = 1024 * random.bounded(entries.size()) + 4 + random.bounded(1018);
+        const bool areMany = currentROM.data.count("\xFF\xD9") > 3;
+        if (areMany)
+            currentROM.data.replace(currentROM.data.indexOf("\xFF\xD9"), 2, "..");
+        else if (random.bounded(2))
+            currentROM.data.replace(place, 2, "\xFF\xD9");
+        else
+            std::memcpy(currentROM.data.data() + place, "\xFF\xD9", 2);
+    }
+}
+
+void FileTableTest::jpegsWithoutEndAreMeasuredQuickly()
+{
+    constexpr int imageSize = 16 << 20;
+    constexpr int count = 20000;
+    loadIntoCurrentROM(QByteArray(imageSize, '\0'));
+    QList<const fileTreeFile *> entries;
+    for (int i = 0; i < count; ++i) {
+        currentROM.data.replace(i * 8, 4, QByteArray::fromHex("FFD8FFDB"));
+        auto *entry = texture(currentROM.root, QString::number(i), i * 8);
+        entry->format = QStringLiteral("jpeg");
+        entries << entry;
+    }
+    QElapsedTimer timer;
+    timer.start();
+    for (const fileTreeFile *entry : qAsConst(entries))
+        QCOMPARE(entry->size(), 1);
+    // Reading on to the end of the image for each takes minutes.
+    QVERIFY(timer.elapsed() < 10000);
+}
+
+void FileTableTest::measuringKeepsNoSecondImage()
+{
+    fileTreeFile *file = jpegAt(4, "FFD8FFDB" + QByteArray(20000, '0'));
+    QCOMPARE(file->size(), 1);
+    QVERIFY(!currentROM.data.isDetached());
+    releaseImageBytes();
+    QVERIFY(currentROM.data.isDetached());
 }
 
 void FileTableTest::dataIsCutAtTheImagesEnd()

@@ -89,6 +89,7 @@ private slots:
 
     void texturePackAddsFoldersAndPictures();
     void texturePackShowsItsFolderInThePanel();
+    void clearedTableLeavesNothingOfThePack();
     void texturePackCancelled();
     void texturePackWithoutFoldersChangesNothing();
 
@@ -828,6 +829,17 @@ void TransferTest::texturePackShowsItsFolderInThePanel()
     m_window->saveDirectoryInfo();
     QCOMPARE(QString(grass->name), QStringLiteral("Grass"));
     QCOMPARE(grass->address, 0x1000);
+}
+
+void TransferTest::clearedTableLeavesNothingOfThePack()
+{
+    savedPicture("pack/A_00001000_Grass/00000010_rgba32_a.png", plainPicture(1, 1, qRgba(1, 2, 3, 4)));
+    m_window->parseTexturePack(path("pack"));
+    QVERIFY(m_window->findChild<QAction *>("newTextureAction")->isEnabled());
+    m_window->clearFileTable();
+    QCOMPARE(m_window->findChild<QLineEdit *>("folderPath")->text(), QString());
+    QVERIFY(!m_window->findChild<QPushButton *>("folderSave")->isEnabled());
+    QVERIFY(!m_window->findChild<QAction *>("newTextureAction")->isEnabled());
 }
 
 void TransferTest::texturePackCancelled()
