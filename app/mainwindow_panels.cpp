@@ -45,6 +45,7 @@ public:
         field->setAccessibleName(m_box->title() + QStringLiteral(": ") + accessibleName);
         m_grid->addWidget(label, m_row, 0);
         m_grid->addWidget(field, m_row, 1);
+        keepWidth(0, label->sizeHint().width());
         ++m_row;
         m_grid->setColumnMinimumWidth(0, std::max(m_grid->columnMinimumWidth(0), label->sizeHint().width()));
         return label;
@@ -71,14 +72,22 @@ public:
         return field;
     }
 
+    /// A row of \a widget alone; to be added below those with captions.
     void addWhole(QWidget *widget, const QString &name)
     {
         widget->setObjectName(name);
         m_grid->addWidget(widget, m_row, 0, 1, 2);
+        keepWidth(1, widget->sizeHint().width() - m_grid->columnMinimumWidth(0) - m_grid->horizontalSpacing());
         ++m_row;
     }
 
 private:
+    /// Room for a text, also while its row is hidden: the panel does not become wider later.
+    void keepWidth(int column, int width)
+    {
+        m_grid->setColumnMinimumWidth(column, std::max(m_grid->columnMinimumWidth(column), width));
+    }
+
     QGroupBox *m_box;
     QGridLayout *m_grid;
     int m_row = 0;

@@ -13,6 +13,7 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QSplitter>
 #include <QStatusBar>
 #include <QTextDocument>
 #include <QVBoxLayout>
@@ -237,7 +238,13 @@ void MainWindow::setAutosaveProfile(int enable)
 
 void MainWindow::showUnsavedFileListNotice()
 {
+    if (!m_unsavedFileListLabel->isHidden())
+        return;
     m_unsavedFileListLabel->show();
+    // On a tab that is not in front it would not tell the window that the panel is higher now, and the smallest window would
+    // squeeze the buttons.
+    for (QWidget *outer : QList<QWidget *> {m_unsavedFileListLabel->parentWidget(), m_splitter, m_centralWidget})
+        outer->updateGeometry();
 }
 
 /// The name in the "Profile:" box; the current profile where the box lists none, because its folder cannot be made.

@@ -90,6 +90,21 @@ bool isInside(const fileTreeDirectory *folder, const fileTreeDirectory *outer)
     return folder == outer;
 }
 
+/// The columns are as wide as an address: titles have the narrower font of the window, and a longer one goes on in a second line.
+void prepareHeader(QHeaderView *header, const QString &fontFamily)
+{
+    constexpr int lines = 2;
+    QFont font = header->font();
+    font.setFamily(fontFamily);
+    font.setStyleHint(QFont::AnyStyle);
+    header->setFont(font);
+    header->setDefaultAlignment(Qt::Alignment(int(header->defaultAlignment()) | Qt::TextWordWrap));
+    const int margin = header->style()->pixelMetric(QStyle::PM_HeaderMargin, nullptr, header);
+    header->setMinimumHeight(lines * header->fontMetrics().lineSpacing() + 2 * margin);
+    header->setSectionsClickable(true);
+    header->setSortIndicatorShown(true);
+}
+
 /// No node has a row in a tree that has just been made.
 void forgetAllRows()
 {
@@ -125,8 +140,7 @@ void MainWindow::createTreeView()
     for (int column = 0; column < ColumnCount; ++column)
         m_treeWidget->setColumnWidth(column, widths[column]);
     m_treeWidget->setUniformRowHeights(true);
-    m_treeWidget->header()->setSectionsClickable(true);
-    m_treeWidget->header()->setSortIndicatorShown(true);
+    prepareHeader(m_treeWidget->header(), this->font().family());
     m_treeWidget->setContextMenuPolicy(Qt::CustomContextMenu);
     m_treeWidget->sortByColumn(OffsetColumn, Qt::AscendingOrder);
 

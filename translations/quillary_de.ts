@@ -659,7 +659,7 @@ Vor dem Importieren muss die Größe des Bildes angepasst werden.</translation>
     </message>
     <message>
         <source>Offset End</source>
-        <translation>Endoffset</translation>
+        <translation>End-Offset</translation>
     </message>
     <message>
         <source>Address</source>
@@ -667,7 +667,7 @@ Vor dem Importieren muss die Größe des Bildes angepasst werden.</translation>
     </message>
     <message>
         <source>Address End</source>
-        <translation>Endadresse</translation>
+        <translation>End-Adresse</translation>
     </message>
     <message>
         <source>Size</source>
@@ -788,6 +788,10 @@ Vor dem Importieren muss die Größe des Bildes angepasst werden.</translation>
     <message>
         <source>Open Directory</source>
         <translation>Verzeichnis öffnen</translation>
+    </message>
+    <message>
+        <source>Image or folder</source>
+        <translation>Bild oder Ordner</translation>
     </message>
 </context>
 <context>
