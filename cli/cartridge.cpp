@@ -73,13 +73,18 @@ bool openImage(const Arguments &arguments, OpenedImage *image, Streams &streams)
     return true;
 }
 
+bool isImageItself(const Arguments &arguments, const QString &path)
+{
+    const QString image = QFileInfo(arguments.positional(0)).canonicalFilePath();
+    return !image.isEmpty() && QFileInfo(path).canonicalFilePath() == image;
+}
+
 void checkImageWriting(const Arguments &arguments)
 {
     arguments.checkImageWriting();
     if (!arguments.isSet("output"))
         return;
-    const QString image = QFileInfo(arguments.positional(0)).canonicalFilePath();
-    if (!image.isEmpty() && QFileInfo(arguments.value("output")).canonicalFilePath() == image)
+    if (isImageItself(arguments, arguments.value("output")))
         arguments.reject(QStringLiteral("--output names the image itself; use --in-place to write over it"));
 }
 

@@ -29,6 +29,9 @@ ByteOrder byteOrderNamed(const QString &name);
 /// false and the reason is said.
 bool openImage(const Arguments &arguments, OpenedImage *image, Streams &streams);
 
+/// Whether \a path leads to the image that is the first positional argument, under whatever name.
+bool isImageItself(const Arguments &arguments, const QString &path);
+
 /// Checks that it is said where a changed image goes: to --output, which may not be the image itself under whatever path, or over
 /// it with --in-place. Rejects the arguments when not.
 void checkImageWriting(const Arguments &arguments);

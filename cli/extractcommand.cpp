@@ -35,11 +35,13 @@ QString fileFor(const fileTreeFile &texture, const QString &target)
     return QDir(target).filePath(texture.name + pictureExtension(texture.format));
 }
 
-int extractOne(const fileTreeFile &texture, const QString &name, const QString &target, Streams &streams)
+int extractOne(const fileTreeFile &texture, const QString &name, const Arguments &arguments, Streams &streams)
 {
-    const QString path = fileFor(texture, target);
+    const QString path = fileFor(texture, target(arguments));
     if (path.isEmpty())
         return streams.failed(QStringLiteral("\"%1\" cannot name a file; name one with --output").arg(texture.name));
+    if (isImageItself(arguments, path))
+        return streams.failed(QStringLiteral("%1 is the image itself; name another file with --output").arg(path));
     const bool isJpeg = texture.format == textureFormats::jpeg.name;
     // A size of 1 or less says that no JPEG, or none with an end, lies there.
     if (isJpeg && texture.size() <= 1)
@@ -89,6 +91,8 @@ int run(const Arguments &arguments, Streams &streams)
         arguments.reject(QStringLiteral("Either PATH names an entry, or --offset and --format describe a texture"));
     if (arguments.isSet("output") && arguments.value("output").isEmpty())
         arguments.reject(QStringLiteral("--output needs a name"));
+    if (arguments.isSet("output") && isImageItself(arguments, arguments.value("output")))
+        arguments.reject(QStringLiteral("--output names the image itself"));
     if (arguments.rejected(streams))
         return WrongUsage;
 
@@ -97,7 +101,7 @@ int run(const Arguments &arguments, Streams &streams)
         if (!openImage(arguments, &image, streams))
             return Failed;
         const fileTreeFile *texture = describedTexture(arguments);
-        return extractOne(*texture, texture->name, target(arguments), streams);
+        return extractOne(*texture, texture->name, arguments, streams);
     }
     ChosenProfile profile;
     if (!openImageAndProfile(arguments, MissingList::Refuse, &image, &profile, streams))
@@ -105,7 +109,7 @@ int run(const Arguments &arguments, Streams &streams)
     const TableNode node = nodeAtPath(currentROM.root, path);
     if (!node.exists())
         return streams.failed(pathNamesNothing(path, profile));
-    return node.texture ? extractOne(*node.texture, fullPath(*node.texture), target(arguments), streams)
+    return node.texture ? extractOne(*node.texture, fullPath(*node.texture), arguments, streams)
                         : extractAll(*node.folder, target(arguments), streams);
 }
 }

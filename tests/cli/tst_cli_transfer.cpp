@@ -72,6 +72,7 @@ private slots:
     void extractNeedsNoProfile();
     void extractRefusesWhatMakesNoSense_data();
     void extractRefusesWhatMakesNoSense();
+    void extractNeverWritesOverTheImage();
     void extractNamesWhatFails_data();
     void extractNamesWhatFails();
     void extractRemarksOnTheEndOfTheImage();
@@ -225,6 +226,23 @@ void TransferCommandsTest::extractRefusesWhatMakesNoSense()
     QCOMPARE(refused.status, 2);
     QVERIFY2(refused.err.contains(message), qPrintable(refused.err));
     QVERIFY(refused.out.isEmpty());
+}
+
+void TransferCommandsTest::extractNeverWritesOverTheImage()
+{
+    QVERIFY(QFile::link(m_folder->imagePath(), path("link.z64")));
+    for (const QString &name : {QStringLiteral("game.z64"), QStringLiteral("./game.z64"), QStringLiteral("link.z64")}) {
+        const CommandCall refused = call("extract", {"Root/Grey", "-o", path(name)});
+        QCOMPARE(refused.status, 2);
+        QVERIFY2(refused.err.contains("the image itself"), qPrintable(refused.err));
+        QCOMPARE(image(), m_image);
+    }
+    // The name of the entry leads there as well.
+    QVERIFY(QFile::link(m_folder->imagePath(), path("Grey.png")));
+    const CommandCall failed = call("extract", {"Root/Grey", "-o", path("")});
+    QCOMPARE(failed.status, 1);
+    QVERIFY2(failed.err.contains("the image itself"), qPrintable(failed.err));
+    QCOMPARE(image(), m_image);
 }
 
 void TransferCommandsTest::extractNamesWhatFails_data()
