@@ -6,6 +6,7 @@
 #include "cli/profile.h"
 #include "cli/tablewalk.h"
 #include "cli/terminalprogress.h"
+#include "codec/pictureloader.h"
 #include "model/hexnumber.h"
 #include "model/rom.h"
 #include "search/picturefiles.h"
@@ -13,7 +14,6 @@
 #include "search/texturesearch.h"
 
 #include <QFileInfo>
-#include <QImageReader>
 #include <QJsonArray>
 #include <QJsonObject>
 
@@ -55,7 +55,7 @@ public:
     void beginPicture(const QString &file, int, int) override
     {
         m_progress.setLabel(QStringLiteral("Searching for ") + QFileInfo(file).fileName());
-        pictures.append({file, QImageReader(file).size(), true, 0});
+        pictures.append({file, sizeOfPicture(file), true, 0});
     }
     void cannotReadPicture(const QString &) override { pictures.last().readable = false; }
     void foundCopy(const QString &format, int position) override

@@ -22,6 +22,12 @@ protected:
 private:
     const std::function<bool()> &m_isUnwanted;
 };
+
+/// Opens a regular file only: opening a pipe would wait for a writer, and a device may have no end.
+bool openPicture(QFile *file)
+{
+    return QFileInfo(file->fileName()).isFile() && file->open(QIODevice::ReadOnly);
+}
 }
 
 bool isAcceptablePictureSize(const QSize &size)
@@ -29,13 +35,16 @@ bool isAcceptablePictureSize(const QSize &size)
     return qint64(size.width()) * size.height() <= maximumPicturePixels;
 }
 
+QSize sizeOfPicture(const QString &path)
+{
+    QFile file(path);
+    return openPicture(&file) ? QImageReader(&file).size() : QSize();
+}
+
 QImage loadPicture(const QString &path, const std::function<bool()> &isUnwanted)
 {
-    // Opening a pipe would wait for a writer, and a device may have no end.
-    if (!QFileInfo(path).isFile())
-        return QImage();
     InterruptibleFile file(path, isUnwanted);
-    if (!file.open(QIODevice::ReadOnly))
+    if (!openPicture(&file))
         return QImage();
     QImageReader reader(&file);
     if (!isAcceptablePictureSize(reader.size()))

@@ -6,6 +6,8 @@
 #include <QImage>
 #include <QJsonArray>
 
+#include <sys/stat.h>
+
 namespace
 {
 /// A picture with no two pixels alike, whose red is what the intensity formats store.
@@ -157,6 +159,15 @@ private slots:
         QVERIFY(missing.err.contains("missing.png"));
         QVERIFY(missing.out.isEmpty());
         QVERIFY(call({path("one.png"), "--in", "Root/E"}).err.contains("Root/E"));
+    }
+
+    void pipesAreNoPicturesAndNotWaitedFor()
+    {
+        QCOMPARE(::mkfifo(QFile::encodeName(path("pipe")).constData(), 0600), 0);
+        const CommandCall found = call({path("pipe"), path("one.png")});
+        QCOMPARE(found.status, 1);
+        QVERIFY(found.err.contains("Cannot read picture"));
+        QVERIFY(found.out.contains("3 copies found of 2 pictures"));
     }
 
     void wrongUsage_data()

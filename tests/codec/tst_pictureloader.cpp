@@ -19,6 +19,7 @@ private slots:
     void brokenPicturesAreWhatQImageMakesOfThem_data();
     void brokenPicturesAreWhatQImageMakesOfThem();
     void doesNotWaitForAPipe();
+    void tellsTheSizeOfWhatIsThere();
 
 private:
     QString path(const QString &name) const { return m_folder.filePath(name); }
@@ -59,6 +60,12 @@ void PictureLoaderTest::refusesAHugePictureUndecoded()
     QVERIFY(loadPicture(path("wide.png")).isNull());
     QVERIFY(!isAcceptablePictureSize(QSize(60000, 60000)));
     QVERIFY(!isAcceptablePictureSize(QSize(8192, 8193)));
+
+    QImage oneRowTooMany(8192, 8193, QImage::Format_Mono);
+    oneRowTooMany.fill(0);
+    QVERIFY(oneRowTooMany.save(path("one_row_too_many.png")));
+    QVERIFY(!QImage(path("one_row_too_many.png")).isNull());
+    QVERIFY(loadPicture(path("one_row_too_many.png")).isNull());
 }
 
 void PictureLoaderTest::takesAPictureOfTheLargestSize()
@@ -100,6 +107,19 @@ void PictureLoaderTest::doesNotWaitForAPipe()
     QVERIFY(loadPicture(path("pipe.png")).isNull());
     QVERIFY(loadPicture(m_folder.path()).isNull());
     QVERIFY(loadPicture(path("absent.png")).isNull());
+    QVERIFY(!sizeOfPicture(path("pipe.png")).isValid());
+    QVERIFY(!sizeOfPicture(m_folder.path()).isValid());
+}
+
+void PictureLoaderTest::tellsTheSizeOfWhatIsThere()
+{
+    QVERIFY(writeBytes(path("sized.png"), pngHeader(60000, 3)));
+    QCOMPARE(sizeOfPicture(path("sized.png")), QSize(60000, 3));
+    QVERIFY(writeBytes(path("sized.jpeg"), jpegBytes(9, 7)));
+    QCOMPARE(sizeOfPicture(path("sized.jpeg")), QSize(9, 7));
+    QVERIFY(!sizeOfPicture(path("sized")).isValid());
+    QVERIFY(writeBytes(path("text.png"), "no picture"));
+    QVERIFY(!sizeOfPicture(path("text.png")).isValid());
 }
 
 QTEST_GUILESS_MAIN(PictureLoaderTest)

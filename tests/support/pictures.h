@@ -56,7 +56,7 @@ inline QByteArray jpegBytes(int width, int height, QRgb colour = qRgb(200, 60, 2
     return bytes;
 }
 
-/// The head of a PNG that claims \a width by \a height pixels, and no data.
+/// The head of a PNG that claims \a width by \a height pixels, up to where their data would begin.
 inline QByteArray pngHeader(quint32 width, quint32 height)
 {
     QByteArray header("IHDR");
@@ -75,5 +75,6 @@ inline QByteArray pngHeader(quint32 width, quint32 height)
     QByteArray png = QByteArray::fromHex("89504E470D0A1A0A0000000D") + header;
     for (int shift = 24; shift >= 0; shift -= 8)
         png.append(char(crc >> shift));
-    return png;
+    // Without the head of the first data chunk, no reader tells the size.
+    return png + QByteArray::fromHex("0000000A49444154");
 }
