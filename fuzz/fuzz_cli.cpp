@@ -104,7 +104,7 @@ public:
         // Without it, the profiles are beside the program, where nothing may be written.
         m_arguments << QStringLiteral("--profiles") << QStringLiteral("profiles");
         if (m_command == QLatin1String("demo"))
-            m_arguments << QStringLiteral("game.z64/demo");
+            m_arguments << text() << text(); // Not the one that it takes: drawing the demo cartridge takes long.
         else
             addAll();
     }

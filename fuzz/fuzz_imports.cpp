@@ -9,6 +9,7 @@
 
 #include "codec/pictureloader.h"
 #include "codec/texturemanipulator.h"
+#include "model/headerchecksum.h"
 #include "model/textureformat.h"
 #include "transfer/folderimport.h"
 #include "transfer/texturepack.h"
@@ -42,7 +43,9 @@ QByteArray picture(int width, int height, QImage::Format format, const char *typ
 QByteArray hugePicture()
 {
     QByteArray bytes = picture(1, 1, QImage::Format_ARGB32, "PNG");
-    return bytes.replace(16, 8, QByteArray("\0\0\xEA\x60\0\0\xEA\x60", 8));
+    bytes.replace(16, 8, QByteArray("\0\0\xEA\x60\0\0\xEA\x60", 8));
+    const quint32 checksum = qToBigEndian(crc32(bytes.constData() + 12, 17));
+    return bytes.replace(29, 4, QByteArray(reinterpret_cast<const char *>(&checksum), 4));
 }
 
 QByteArray anyContent(FuzzInput *input)
