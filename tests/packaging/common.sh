@@ -71,7 +71,9 @@ check_documents() { # check_documents FOLDER: users' pages are there, makers' ar
     for page in guide installing command-line formats; do
         [ -s "$1/$page.md" ] || fail "There is no $page.md"
     done
-    [ ! -e "$1/architecture.md" ] || fail "architecture.md is for those who have the sources"
+    for page in architecture translating; do
+        [ ! -e "$1/$page.md" ] || fail "$page.md is for those who have the sources"
+    done
     # Links lead to a page's neighbours, or away.
     find "$1" -name '*.md' -exec grep -HoE '\]\([^)#]+' {} + | sed 's/:\](/ /' >"$work/links"
     while read -r page link; do
