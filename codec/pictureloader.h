@@ -8,7 +8,7 @@
 #include <functional>
 
 /// Pixels that a picture may have to be loaded or scaled to: far more than any texture, and few enough to fit in memory.
-constexpr qint64 maximumPicturePixels = 64 * 1024 * 1024;
+constexpr qint64 maximumPicturePixels = qint64(64) * 1024 * 1024;
 
 /// Whether a picture of \a size has no more than maximumPicturePixels.
 bool isAcceptablePictureSize(const QSize &size);

@@ -29,7 +29,7 @@ void copyConverted(const uchar *__restrict row, int x, int count, QRgb *__restri
 {
     const uchar *__restrict from = row + 4 * qint64(x);
     for (int i = 0; i < count; ++i) {
-        quint32 pixel;
+        quint32 pixel = 0;
         std::memcpy(&pixel, from + 4 * qint64(i), sizeof pixel);
         out[i] = converted(pixel);
     }

@@ -6,7 +6,7 @@ TexelCoding codingOf(const QString &formatName)
     struct NamedCoding
     {
         QLatin1String name;
-        TexelCoding coding;
+        TexelCoding coding = TexelCoding::Unknown;
     };
     static const NamedCoding codings[] = {
         {QLatin1String("rgba32"), TexelCoding::Rgba32}, {QLatin1String("rgb5a1"), TexelCoding::Rgb5a1},

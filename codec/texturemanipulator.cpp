@@ -86,12 +86,12 @@ void fillColours(TexelCoding coding, const QByteArray &data, qint64 texels, QIma
 QByteArray encodedColours(TexelCoding coding, const PixelSource &source, int bytes)
 {
     QByteArray result(bytes, Qt::Uninitialized);
-    uchar *out = reinterpret_cast<uchar *>(result.data());
+    auto *out = reinterpret_cast<uchar *>(result.data());
     if (const QRgb *pixels = source.wholePicture()) {
         encodeColours(coding, pixels, source.count(), out);
         return result;
     }
-    std::array<QRgb, chunkPixels> chunk;
+    std::array<QRgb, chunkPixels> chunk {};
     for (qint64 first = 0; first < source.count(); first += chunkPixels) {
         const int count = int(std::min(source.count() - first, qint64(chunkPixels)));
         source.colours(first, count, chunk.data());
@@ -103,12 +103,12 @@ QByteArray encodedColours(TexelCoding coding, const PixelSource &source, int byt
 QByteArray encodedIndices(TexelCoding coding, const PixelSource &source, int bytes)
 {
     QByteArray result(bytes, Qt::Uninitialized);
-    uchar *out = reinterpret_cast<uchar *>(result.data());
+    auto *out = reinterpret_cast<uchar *>(result.data());
     if (coding == TexelCoding::Ci8) {
         source.indices(0, bytes, out);
         return result;
     }
-    std::array<uchar, chunkPixels> chunk;
+    std::array<uchar, chunkPixels> chunk {};
     for (qint64 first = 0; first < source.count(); first += chunkPixels) {
         const int count = int(std::min(source.count() - first, qint64(chunkPixels)));
         source.indices(first, count, chunk.data());

@@ -29,14 +29,14 @@ template<quint64 convert(quint64)> void convertWords(char *__restrict bytes, int
 {
     int i = 0;
     for (; i <= size - 8; i += 8) {
-        quint64 word;
+        quint64 word = 0;
         std::memcpy(&word, bytes + i, 8);
         word = convert(word);
         std::memcpy(bytes + i, &word, 8);
     }
     if (i < size) {
         // The last four bytes stand in both halves, so that the kernel's halves need no telling apart.
-        quint32 half;
+        quint32 half = 0;
         std::memcpy(&half, bytes + i, 4);
         half = quint32(convert(quint64(half) << 32 | half));
         std::memcpy(bytes + i, &half, 4);

@@ -104,7 +104,7 @@ BootChip bootChipOf(const QByteArray &image)
     if (image.size() < bootCodeEnd)
         return BootChip::Unknown;
     switch (crc32(image.constData() + headerBytes, bootCodeEnd - headerBytes)) {
-    case 0x6170A4A1: return BootChip::Cic6101;
+    case 0x6170A4A1:
     case 0x009E9EA3: return BootChip::Cic6101;
     case 0x90BB6CB5: return BootChip::Cic6102;
     case 0x0B050EE0: return BootChip::Cic6103;
@@ -131,7 +131,7 @@ std::optional<CheckCodes> computedCheckCodes(const QByteArray &image, BootChip c
     const char *bytes = image.constData();
     Sums sums(seedOf(chip));
     for (int i = bootCodeEnd; i < checkedImageBytes; i += 4) {
-        const quint32 word = qFromBigEndian<quint32>(bytes + i);
+        const auto word = qFromBigEndian<quint32>(bytes + i);
         sums.add(word);
         sums.mixed += (chip == BootChip::Cic6105 ? qFromBigEndian<quint32>(bootWords + (i & 0xFF)) : sums.rotations) ^ word;
     }

@@ -84,6 +84,7 @@ void NodeName::leave()
 NodeName &NodeName::assign(const QString &name)
 {
     // The old text is looked up before it goes, and name may be a part of this very string.
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): the copy is for that part
     const QString assigned = name;
     if (m_index) {
         m_index->remove(*this);

@@ -42,7 +42,7 @@ public:
     ~NodeRegistry()
     {
         while (m_first)
-            delete m_first;
+            delete m_first; // NOLINT(clang-analyzer-cplusplus.NewDelete): the destructor takes the node out, m_first is the next
     }
 
 private:
@@ -314,6 +314,8 @@ fileTreeDirectory::fileTreeDirectory(const fileTreeDirectory &other)
 
 fileTreeDirectory &fileTreeDirectory::operator=(const fileTreeDirectory &other)
 {
+    if (this == &other)
+        return *this;
     parent = other.parent;
     treeItem = other.treeItem;
     directories = other.directories;

@@ -776,6 +776,10 @@ void FileTableTest::copiedFolderHasTheSameFields()
         copy = fileTreeDirectory();
         copy = *a;
     }
+    const fileTreeDirectory &same = copy;
+    copy = same;
+    QCOMPARE(QString(copy.name), QStringLiteral("A"));
+    QCOMPARE(copy.files, QList<fileTreeFile *> {file});
     // Names taken in the copy are not taken in the original.
     auto *late = new fileTreeFile;
     late->name = QStringLiteral("late");
