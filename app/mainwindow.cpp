@@ -32,6 +32,8 @@
 
 namespace
 {
+constexpr int progressDelay = 400; // milliseconds of work until its progress shows: long enough not to flash, too short to wonder
+
 /// A progress dialog that the user can neither cancel nor close, for work that cannot be interrupted.
 class SteadyProgressDialog : public QProgressDialog
 {
@@ -100,6 +102,7 @@ QProgressDialog *MainWindow::createProgressDialog(const QString &label, const QS
     if (cancelText.isNull())
         dialog->setCancelButton(nullptr);
     dialog->setWindowModality(Qt::WindowModal);
+    dialog->setMinimumDuration(progressDelay);
     return dialog;
 }
 
@@ -270,8 +273,6 @@ void MainWindow::createTabs()
     // A profile belongs to a cartridge; there is none yet.
     m_tabWidget->setTabEnabled(1, false);
     m_tabWidget->setCurrentIndex(0);
-    // Tab goes the way the eye does: the tree, the tabs, and then what the tab in front shows.
-    setTabOrder(m_treeWidget, m_tabWidget->tabBar());
 }
 
 void MainWindow::createSplitter()
@@ -301,9 +302,14 @@ void MainWindow::setupGUI()
     m_centralWidget->setObjectName(QStringLiteral("centralWidget"));
     m_centralWidget->setLayout(m_horizontalLayout);
     setCentralWidget(m_centralWidget);
+    // Tab goes the way the eye does: the tree, the tabs, what the tab in front shows, and the tree again. The tab widget would
+    // hand the focus to its tabs once more before that.
+    m_tabWidget->setFocusProxy(nullptr);
+    m_tabWidget->setFocusPolicy(Qt::NoFocus);
+    setTabOrder(m_treeWidget, m_tabWidget->tabBar());
 
     // All columns and the panels beside them, but no more than nearly the whole screen.
-    resize(QSize(1700, 900).boundedTo(screen()->availableSize() * 0.92));
+    resize(QSize(1760, 900).boundedTo(screen()->availableSize() * 0.92));
 }
 
 void MainWindow::updateRecentFileActions()

@@ -221,6 +221,7 @@ void MainWindow::saveFolder(QString path, fileTreeDirectory *directory)
 {
     if (!directory)
         return;
+    const WaitCursor waitCursor;
     WindowLog log(this, "bool MainWindow::extractTexture(fileTreeFile*, QString)");
     extractFolder(path, directory, &log);
 }
@@ -275,6 +276,7 @@ void MainWindow::importTexturePack()
 
 void MainWindow::parseTexturePack(QString archive)
 {
+    const WaitCursor waitCursor;
     WindowLog log(this, Q_FUNC_INFO);
     const TexturePackImport added = importPack(archive, currentROM.root, currentROM.data, importInto(this), &log);
     if (!added.lastFolder)

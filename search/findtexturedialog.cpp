@@ -62,7 +62,9 @@ findTextureDialog::findTextureDialog(QWidget *parent, QString description, const
 
     createPathRow(fileName);
     createOptions();
-    arrange(createFormatBox(), createDuplicateBox());
+    // One after the other: Tab goes through them in the order in which they are made.
+    QGroupBox *formatBox = createFormatBox();
+    arrange(formatBox, createDuplicateBox());
 
     connect(this, SIGNAL(search(QStringList, QMap<QString, textureFormat>, const bool, const int)), parent,
             SLOT(runFindTexture(QStringList, QMap<QString, textureFormat>, const bool, const int)));
