@@ -183,23 +183,28 @@ menu() { # menu MENU ENTRY: both counted from 0; what cannot be used at the mome
 
 # tool ICON: clicks the tool button with that icon, which has to show as it was drawn, pixel for pixel
 tool() {
-    local at
-    at=$(place_of "$1") || fail "no tool button shows the icon $1"
-    # shellcheck disable=SC2086 # two numbers
-    click $at
+    wait_for "the tool button with the icon $1" place_of "$1"
+    # shellcheck disable=SC2046 # two numbers
+    click $(cat "$work/place")
 }
 
-place_of() { # place_of ICON: the centre of the tool button with that icon
+place_of() { # place_of ICON: leaves the centre of the tool button with that icon, X Y, in the file "place"
     local frame=2 size=$((32 * scale)) top left ground # the third picture in each icon has 32 pixels, the fifth 64
     [ "$scale" = 1 ] || frame=4
-    eval "$(xdotool getactivewindow getwindowgeometry --shell)"
+    geometry || return 1
     left=$X top=$Y # of what the frame surrounds, or somewhat lower: some versions of xdotool add the frame's title bar
     import -window root -crop "$((620 * scale))x$((80 * scale))+$left+$top" +repage "$work/tools.png"
     ground=$(convert "$work/tools.png" -format '%[pixel:p{6,20}]' info:)
     convert "$icons/$1.ico[$frame]" -background "$ground" -flatten "$work/tool.png"
-    find_picture "$work/tools.png" "$work/tool.png" 0.03 >"$work/place" || return 1 # the ground is not quite even
-    read -r X Y <"$work/place"
-    echo "$((left + X + size / 2)) $((top + Y + size / 2))"
+    find_picture "$work/tools.png" "$work/tool.png" 0.03 >"$work/found" || return 1 # the ground is not quite even
+    read -r X Y <"$work/found"
+    echo "$((left + X + size / 2)) $((top + Y + size / 2))" >"$work/place"
+}
+
+geometry() { # X, Y, WIDTH and HEIGHT of the active window; there is none while one gives way to another
+    xdotool getactivewindow getwindowgeometry --shell >"$work/geometry" 2>/dev/null || return 1
+    # shellcheck source=/dev/null
+    . "$work/geometry"
 }
 
 expand_all() { # in the tree, from its first row
@@ -220,20 +225,21 @@ find_row() {
 
 # --- looking -----------------------------------------------------------------------------------------------------------
 
-# selected_row: X Y HEIGHT of the selected row in the left half of the screen, where the tree is
+# selected_row: leaves X Y HEIGHT of the selected row in the left half of the screen, where the tree is, in the file "row"
 selected_row() {
     import -window root "$work/look.png"
     local found half
     half=$(convert "$work/look.png" -format '%[fx:int(w*0.45)]x%h+0+0' info:)
     found=$(convert "$work/look.png" -crop "$half" +repage -fill black +opaque "$highlight" -format '%@' info: 2>/dev/null) || return 1
     [[ $found =~ ^([0-9]+)x([0-9]+)\+([0-9]+)\+([0-9]+)$ ]] || return 1
-    echo "${BASH_REMATCH[3]} ${BASH_REMATCH[4]} ${BASH_REMATCH[2]}"
+    echo "${BASH_REMATCH[3]} ${BASH_REMATCH[4]} ${BASH_REMATCH[2]}" >"$work/row"
 }
 highlight='#308cc6' # of selected rows
 
 click_row() { # click_row [ROWS [BUTTON]]: with the mouse, the selected row, or one so many rows below
     local x y height
-    read -r x y height < <(selected_row) || fail "no row is selected"
+    wait_for "a selected row" selected_row
+    read -r x y height <"$work/row"
     click $((x + 150 * scale)) $((y + height / 2 + height * ${1:-0})) "${2:-1}"
 }
 
@@ -264,14 +270,14 @@ find_picture() {
 # shows PICTURE: whether the preview shows exactly that picture, each pixel as SCALE x SCALE pixels of the screen
 shows() {
     local x y
-    read -r x y < <(preview_centre)
+    read -r x y < <(preview_centre) || return 1
     import -window root -crop "$((200 * scale))x$((160 * scale))+$((x - 100 * scale))+$((y - 80 * scale))" +repage "$work/preview.png"
     convert "$1" -scale "${scale}00%" "$work/wanted.png"
     find_picture "$work/preview.png" "$work/wanted.png" >/dev/null
 }
 
 preview_centre() { # X Y
-    eval "$(xdotool getactivewindow getwindowgeometry --shell)"
+    geometry || return 1
     echo "$((X + WIDTH - 130 * scale)) $((Y + HEIGHT / 2 + 34 * scale))" # there is more above it than below
 }
 click_preview() {

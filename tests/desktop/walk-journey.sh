@@ -149,7 +149,7 @@ tabs 1
 press space # Select Folder
 answer 'Open Directory' "$demo/search"
 wait_for_window 'Find Texture'
-tabs 11 # past two boxes, seven formats and the choice of what becomes of duplicates
+tabs 5 # past two boxes, the formats and the choice of what becomes of duplicates
 shot 13-find-folder
 press space # Search
 wait_for_window "$changed"
