@@ -66,6 +66,7 @@ public:
     {
         auto *field = new QSpinBox(m_box);
         field->setRange(1, 100000);
+        field->setLocale(QLocale::c()); // Digits as in the table, whatever the user's locale writes numbers in.
         // The panel frames its line edits; the one inside a spin box has the box's own frame.
         field->setStyleSheet(QStringLiteral("QLineEdit {qproperty-frame: false}"));
         *label = add(caption, field, name);
