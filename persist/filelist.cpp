@@ -4,6 +4,7 @@
 #include "model/hexnumber.h"
 #include "model/rom.h"
 #include "model/textureformat.h"
+#include "persist/attributeguard.h"
 #include "persist/xmltext.h"
 
 #include <QIODevice>
@@ -162,7 +163,7 @@ void sortAll(fileTreeDirectory *root)
 
 bool readFileList(QIODevice *device, int imageSize, fileTreeDirectory *root, FileListObserver *observer, QString *error)
 {
-    return FileListReader(device, imageSize, root, observer).read(error);
+    return hasFewAttributes(device, error) && FileListReader(device, imageSize, root, observer).read(error);
 }
 
 bool writeFileList(fileTreeDirectory *root, QIODevice *device, QString *error)

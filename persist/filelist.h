@@ -22,6 +22,7 @@ public:
 /// \a imageSize is the length in bytes of the image they describe: a folder whose address is outside begins at 0, and one
 /// without a size reaches to the image's end. Unknown elements and attributes are passed over; numbers that are none count as 0.
 /// \a observer may be null. A malformed document yields false and the reader's message in \a error; what was read before stays.
+/// So does one in which an element has too many attributes, of which nothing is read.
 bool readFileList(QIODevice *device, int imageSize, fileTreeDirectory *root, FileListObserver *observer, QString *error);
 
 /// Sorts \a root and all folders below by address and writes them to \a device as a document of version 2. Characters that XML

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "persist/profilestore.h"
 
+#include "persist/attributeguard.h"
 #include "persist/savefile.h"
 #include "persist/xmltext.h"
 
@@ -30,6 +31,8 @@ void writeTextElement(QXmlStreamWriter *writer, const QString &element, const QS
 bool readProfileSettings(QIODevice *device, ProfileSettings *settings, QString *error)
 {
     *settings = ProfileSettings();
+    if (!hasFewAttributes(device, error))
+        return false;
     QXmlStreamReader xml(device);
     while (!xml.atEnd()) {
         if (xml.readNext() != QXmlStreamReader::StartElement)

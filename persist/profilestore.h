@@ -14,7 +14,8 @@ struct ProfileSettings
 };
 
 /// Reads a settings document. Starts from the defaults; whatever it does not know is passed over, and autosave is on only for
-/// exactly "true". A malformed document yields false and the reader's message in \a error; what was read before counts.
+/// exactly "true". A malformed document yields false and the reader's message in \a error; what was read before counts. So does
+/// one in which an element has too many attributes, of which nothing is read.
 bool readProfileSettings(QIODevice *device, ProfileSettings *settings, QString *error);
 
 /// Writes a settings document, with "default" for an empty name and without characters that XML cannot hold. Returns false when

@@ -2,6 +2,13 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="de" sourcelanguage="en">
 <context>
+    <name>AttributeGuard</name>
+    <message>
+        <source>An element has too many attributes</source>
+        <translation>Ein Element hat zu viele Attribute</translation>
+    </message>
+</context>
+<context>
     <name>Extraction</name>
     <message>
         <source>There is something of that name that is no regular file</source>

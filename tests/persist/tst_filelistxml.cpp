@@ -6,6 +6,7 @@
 
 #include <QBuffer>
 #include <QTest>
+#include <QTextCodec>
 #include <QXmlStreamWriter>
 
 namespace
@@ -151,6 +152,8 @@ private slots:
     void keepsWhatCameBeforeAnError_data();
     void keepsWhatCameBeforeAnError();
     void refusesExpandingEntities();
+    void refusesAnElementOfTooManyAttributes_data();
+    void refusesAnElementOfTooManyAttributes();
     void readsExternalEntitiesFromNowhere();
 
     void depthCostsNoStack_data();
@@ -601,6 +604,57 @@ void FileListXmlTest::refusesExpandingEntities()
     QString error;
     QVERIFY(!parse("<!DOCTYPE root [<!ENTITY a \"&b;\"><!ENTITY b \"&a;\">]>" + rooted("<texture name=\"&a;\"/>"), newRoot(),
                    nullptr, &error));
+}
+
+void FileListXmlTest::refusesAnElementOfTooManyAttributes_data()
+{
+    QTest::addColumn<QByteArray>("document");
+    QTest::addColumn<bool>("readable");
+    const auto attributes = [](int count) {
+        QByteArray text;
+        for (int i = 0; i < count; ++i)
+            text += " a" + QByteArray::number(i) + (i % 2 ? "='\"='" : "=\"'>\"");
+        return text;
+    };
+    const auto withPicture = [](const QByteArray &other) { return rooted(other + "<texture name=\"a\"/>"); };
+    const QByteArray most = withPicture("<other" + attributes(1000) + "/>");
+    const QByteArray tooMany = withPicture("<other" + attributes(1001) + "/>");
+    const QByteArray equalSigns(2000, '=');
+    QTest::newRow("most") << most << true;
+    QTest::newRow("one too many") << tooMany << false;
+    QTest::newRow("that would take for ever") << withPicture("<other" + attributes(100000) + "/>") << false;
+    QTest::newRow("in several elements") << withPicture(("<other" + attributes(600) + "/>").repeated(3)) << true;
+    QTest::newRow("in a closing tag") << withPicture("<other></other" + attributes(1001) + ">") << false;
+    QTest::newRow("signs in a comment") << withPicture("<!-- '<other \" > " + equalSigns + "-->") << true;
+    QTest::newRow("signs in text") << withPicture(equalSigns + "' \"") << true;
+    QTest::newRow("signs in character data") << withPicture("<![CDATA[<other " + equalSigns + "]]>") << true;
+    QTest::newRow("signs in an instruction") << withPicture("<?other <x " + equalSigns + "?>") << true;
+    QTest::newRow("signs in a value") << withPicture("<other a=\"" + equalSigns + "\" b='" + equalSigns + "'/>") << true;
+    QTest::newRow("behind a comment") << withPicture("<!-- <x ' --><other" + attributes(1001) + "/>") << false;
+    QTest::newRow("behind character data") << withPicture("<![CDATA[<x \" ]] > ]]><other" + attributes(1001) + "/>") << false;
+    QTest::newRow("behind an instruction") << withPicture("<?x <x ' ?><other" + attributes(1001) + "/>") << false;
+    QTest::newRow("behind a document type") << "<!DOCTYPE root [<!ENTITY e \"'\"><!-- ' -->]>"
+            + withPicture("<other" + attributes(1001) + "/>")
+                                            << false;
+    for (const char *encoding : {"UTF-16", "UTF-16LE", "UTF-16BE"}) {
+        const QTextCodec *codec = QTextCodec::codecForName(encoding);
+        const QByteArray declaration = QByteArray("<?xml version=\"1.0\" encoding=\"UTF-16\"?>");
+        const QByteArray signs = declaration + withPicture("<!-- ' " + equalSigns + " \xE2\x88\xAD\xE3\xB0\xBC -->");
+        QTest::addRow("%s, most", encoding) << codec->fromUnicode(QString::fromUtf8(declaration + most)) << true;
+        QTest::addRow("%s, signs in a comment", encoding) << codec->fromUnicode(QString::fromUtf8(signs)) << true;
+        QTest::addRow("%s, one too many", encoding) << codec->fromUnicode(QString::fromUtf8(declaration + tooMany)) << false;
+    }
+}
+
+void FileListXmlTest::refusesAnElementOfTooManyAttributes()
+{
+    QFETCH(QByteArray, document);
+    QFETCH(bool, readable);
+    fileTreeDirectory *root = newRoot();
+    QString error;
+    QCOMPARE(parse(document, root, nullptr, &error), readable);
+    QCOMPARE(error, readable ? QString() : QStringLiteral("An element has too many attributes"));
+    QCOMPARE(root->files.size(), readable ? 1 : 0);
 }
 
 void FileListXmlTest::readsExternalEntitiesFromNowhere()

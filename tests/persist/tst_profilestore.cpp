@@ -174,6 +174,11 @@ void ProfileStoreTest::malformedSettingsKeepWhatWasRead_data()
     QTest::newRow("cut") << QByteArray("<settings><autoload>A</autoload>") << QStringLiteral("A");
     QTest::newRow("cut in the text") << QByteArray("<settings><autoload>A") << standard;
     QTest::newRow("wrong end") << QByteArray("<settings><autoload>A</autoload></s>") << QStringLiteral("A");
+    QByteArray attributes;
+    for (int i = 0; i < 60000; ++i)
+        attributes += " a" + QByteArray::number(i) + "=''";
+    QTest::newRow("attributes that would take for ever")
+        << QByteArray("<s" + attributes + "><autoload>A</autoload></s>") << standard;
     QTest::newRow("expanding entities") << laughs << QStringLiteral("A");
 }
 
