@@ -21,7 +21,8 @@ programs=$(cd "$1" && pwd)
 screenshots=$2
 patience=${QUILLARY_WALK_PATIENCE:-30} # seconds that anything may take
 
-work=$(mktemp -d "${TMPDIR:-/tmp}/quillary-walk.XXXXXX")
+work=${QUILLARY_WALK_FOLDER:-}
+[ -n "$work" ] || work=$(mktemp -d "${TMPDIR:-/tmp}/quillary-walk.XXXXXX")
 started=() # processes, in the order in which they were started
 program=   # the process of the window
 mkdir -p "$screenshots" "$work/bin" "$work/home/.config" "$work/run"
