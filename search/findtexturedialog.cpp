@@ -39,7 +39,7 @@ QString lastDialogPath()
 }
 
 findTextureDialog::findTextureDialog(QWidget *parent, QString description, const QString &fileName, bool multiple)
-    : m_isFolder(multiple)
+    : m_description(new QLabel(description, this)), m_isFolder(multiple)
 {
     setObjectName(QStringLiteral("findTextureDialog"));
     setWindowTitle(tr("Find Texture"));
@@ -51,7 +51,6 @@ findTextureDialog::findTextureDialog(QWidget *parent, QString description, const
     m_selectFolder->setObjectName(QStringLiteral("selectFolderButton"));
     connect(m_selectFolder, &QPushButton::clicked, this, &findTextureDialog::setFolder);
 
-    m_description = new QLabel(description, this);
     m_description->setObjectName(QStringLiteral("descriptionLabel"));
     m_description->setTextFormat(Qt::PlainText); // It holds names of folders, which are data.
 

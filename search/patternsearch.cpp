@@ -59,7 +59,7 @@ int periodOf(quint64 word)
 bool equalBesideFlatPart(const char *a, const char *b, int size, const PeriodicRun &flat)
 {
     return std::memcmp(a + flat.end, b + flat.end, size_t(size - flat.end)) == 0
-        && std::memcmp(a, b, size_t(flat.begin + wordBytes)) == 0;
+        && std::memcmp(a, b, size_t(flat.begin) + size_t(wordBytes)) == 0;
 }
 
 /// Patterns shorter than this are no matter for sweep or runs: their copies abound.

@@ -70,7 +70,7 @@ bool PatternSweep::add(SweptPattern *pattern, const WordSample &sample)
     qint64 sampled = 0;
     int bestScore = std::numeric_limits<int>::max();
     for (int remainder = 0; remainder < m_stride; ++remainder) {
-        int score;
+        int score = 0;
         const int offset = rarestOffset(*pattern, sample, remainder, &score);
         if (score < bestScore) {
             bestScore = score;
@@ -131,7 +131,7 @@ bool PatternSweep::run(bool firstOnly, int mostPositions, WorkSteps *steps)
     m_firstOnly = firstOnly;
     m_positionsLeft = mostPositions;
     buildTable();
-    constexpr qint64 block = 64 * 1024;
+    constexpr qint64 block = qint64(64) * 1024;
     const char *data = m_range.data;
     const quint64 *filter = m_filter.constData();
     const qint64 end = m_range.size - wordBytes + 1;

@@ -21,5 +21,5 @@ private:
     static constexpr int sampledWords = 8192; ///< Fits a quint16 count.
 
     QVector<quint16> m_counts;
-    int m_stride = 1;
+    int m_stride;
 };

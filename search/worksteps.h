@@ -28,7 +28,7 @@ public:
     void setUnwanted() { m_unwanted = true; }
 
     /// A few milliseconds at the slowest that plain substring search gets.
-    static constexpr qint64 bytesPerStep = 1024 * 1024;
+    static constexpr qint64 bytesPerStep = qint64(1024) * 1024;
 
 private:
     std::function<bool()> m_isUnwanted;

@@ -51,6 +51,7 @@ QByteArray encodedAsPng(QImage image)
 /// Whether \a name stays within its folder when it is used as a file name. An empty one does: the folder itself.
 bool staysInFolder(const QString &name)
 {
+    // NOLINTNEXTLINE(readability-simplify-boolean-expr): Windows asks for more
     if (name == QLatin1String("..") || name.contains(QLatin1Char('/')) || name.contains(QChar(0)))
         return false;
 #ifdef Q_OS_WIN

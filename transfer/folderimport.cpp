@@ -46,7 +46,7 @@ struct Entry
 /// A directory that is being imported, and how far.
 struct Level
 {
-    const fileTreeDirectory *directory;
+    const fileTreeDirectory *directory = nullptr;
     std::vector<Entry> entries; ///< Read at once, so that a deep tree does not hold a directory open for each of its levels.
     size_t next = 0;
     QHash<QString, fileTreeFile *> textures;
