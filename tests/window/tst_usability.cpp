@@ -426,6 +426,11 @@ void UsabilityTest::iconsStandOut()
                 continue;
             const QImage icon = action->icon().pixmap(QSize(32, 32)).toImage().convertToFormat(QImage::Format_ARGB32);
             QVERIFY2(partThatStandsOut(icon, ground, 3) > 0.2, qPrintable(action->text()));
+            // What cannot be used is paler, but can be made out.
+            const QImage pale =
+                action->icon().pixmap(QSize(32, 32), QIcon::Disabled).toImage().convertToFormat(QImage::Format_ARGB32);
+            QVERIFY(pale != icon);
+            QVERIFY2(partThatStandsOut(pale, ground, 1.5) > 0.2, qPrintable(action->text()));
         }
     }
 }
