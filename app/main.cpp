@@ -2,6 +2,7 @@
 #include "app/mainwindow.h"
 #include "app/programoptions.h"
 #include "app/screenshot.h"
+#include "persist/filesync.h"
 #include "translations/translations.h"
 
 #include <QApplication>
@@ -14,6 +15,7 @@ int main(int argc, char *argv[])
     if (const std::optional<int> status = answerWithoutWindow(argc, argv))
         return *status;
 
+    surviveFileSizeLimit();
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
     QApplication application(argc, argv);

@@ -6,6 +6,7 @@
 #include "model/debuglog.h"
 #include "model/hexnumber.h"
 #include "persist/filelist.h"
+#include "persist/imagefile.h"
 #include "persist/savefile.h"
 #include "persist/xmltext.h"
 
@@ -43,8 +44,15 @@ private:
 QString keepDamagedCopy(const QString &path)
 {
     const QString copy = path + QLatin1String(".damaged");
-    QFile::remove(copy);
-    return QFile::copy(path, copy) ? copy : QString();
+    // Whoever the profile came from may have put a link there, which must not be written through.
+    if (QFileInfo(copy).isSymLink())
+        QFile::remove(copy);
+    QByteArray list;
+    QString error;
+    if (readWholeFile(path, &list, &error) && saveWhole(copy, list, &error))
+        return copy;
+    qDebug().noquote() << copy + QLatin1Char(':') << error;
+    return QString();
 }
 }
 
@@ -98,6 +106,7 @@ bool MainWindow::writeFileListTo(const QString &path)
     };
     if (saveWhole(path, write, &error))
         return true;
+    QUILLARY_DEBUG_AS("void MainWindow::createXMLFile(const QString &)").noquote() << path + QLatin1Char(':') << error;
     showBox(this, QMessageBox::Critical, QStringLiteral("createXMLFile"), tr("Couldn't open %1").arg(path));
     return false;
 }

@@ -215,9 +215,11 @@ void MainWindow::readProfileSettings()
 void MainWindow::saveProfileSettings()
 {
     const ProfileStore store = profileStore();
-    if (!store.writeSettings(currentSettings()))
-        showBox(this, QMessageBox::Critical, QStringLiteral("saveProfileSettings"),
-                tr("Couldn't open %1").arg(store.settingsPath()));
+    QString error;
+    if (store.writeSettings(currentSettings(), &error))
+        return;
+    qDebug().noquote() << store.settingsPath() + QLatin1Char(':') << error;
+    showBox(this, QMessageBox::Critical, QStringLiteral("saveProfileSettings"), tr("Couldn't open %1").arg(store.settingsPath()));
 }
 
 void MainWindow::setAutoloadProfile(QString name)

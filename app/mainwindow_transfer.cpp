@@ -214,6 +214,8 @@ bool MainWindow::extractTexture(fileTreeFile *file, QString fileName)
     WindowLog log(this, Q_FUNC_INFO);
     QString error;
     const ExtractOutcome outcome = ::extractTexture(*file, fileName, &log, &error);
+    if (outcome == ExtractOutcome::NotWritten)
+        log.debug(fileName + QLatin1String(": ") + error);
     return outcome == ExtractOutcome::Extracted || outcome == ExtractOutcome::NotWritten;
 }
 

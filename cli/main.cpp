@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "cli/commandline.h"
 #include "cli/interrupt.h"
+#include "persist/filesync.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -16,6 +17,7 @@ int main(int argc, char *argv[])
     // The debug log is the window's; QT_LOGGING_RULES brings it back.
     QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
     cli::noticeInterrupts();
+    surviveFileSizeLimit();
 
     QFile standardOutput;
     QFile standardError;

@@ -59,7 +59,7 @@ bool overwrite(QFile *file, const QByteArray &bytes, int oldSize)
 
 QString recoveryFolder()
 {
-    return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + QLatin1String("/quillary/recovery");
+    return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + QLatin1String("/Brimholt/Quillary/recovery");
 }
 
 bool writeDirectly(const QString &path, const QByteArray &bytes, QString *error)

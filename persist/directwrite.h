@@ -10,5 +10,5 @@
 /// the new content is kept. Nothing is written when it cannot be kept, or the old content cannot be read.
 bool writeDirectly(const QString &path, const QByteArray &bytes, QString *error);
 
-/// The folder in which new content is kept while a file is being written to directly: "quillary/recovery" among the user's data.
+/// The folder in which new content is kept while a file is being written to directly: "Brimholt/Quillary/recovery" in the standard place for application data.
 QString recoveryFolder();

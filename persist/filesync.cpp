@@ -6,6 +6,7 @@
 
 #ifdef Q_OS_UNIX
 #include <cerrno>
+#include <csignal>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -43,6 +44,11 @@ bool syncDescriptor(int descriptor, QString *error)
     *error = qt_error_string(errno);
     return false;
 }
+}
+
+void surviveFileSizeLimit()
+{
+    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 bool syncFile(QFileDevice *file, QString *error)
@@ -86,6 +92,8 @@ void takeOwnerFrom(const QString &path, QFileDevice *file)
     ::fchmod(file->handle(), wanted.st_mode & 07777);
 }
 #else
+void surviveFileSizeLimit() { }
+
 bool syncFile(QFileDevice *file, QString *error)
 {
     if (file->flush())

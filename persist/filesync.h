@@ -15,6 +15,9 @@ bool openUnbuffered(QTemporaryFile *file);
 /// then has the reason.
 bool writeAll(QFileDevice *file, const QByteArray &bytes);
 
+/// Has a write beyond the user's limit on the size of files fail, where the system would end the program.
+void surviveFileSizeLimit();
+
 /// Has the system put what was written to \a file, which is open, on the disk, so that a loss of power does not take it. Returns
 /// false, with the reason in \a error, when that fails; a file system that cannot do it is no failure.
 bool syncFile(QFileDevice *file, QString *error);

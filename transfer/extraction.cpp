@@ -114,19 +114,26 @@ private:
         m_result.problems.append(pathInTable + QLatin1String(": ") + reason);
     }
 
+    /// Leaves out what could have been extracted but for the disk, or for a name or a link that leads elsewhere.
+    void failToWrite(const QString &pathInTable, const QString &reason)
+    {
+        leaveOut(pathInTable, reason);
+        m_log->debug(m_result.problems.last());
+    }
+
     bool makeDirectory(const fileTreeDirectory &directory, const QString &target)
     {
         if (!staysInFolder(directory.name)) {
-            leaveOut(directory.path() + directory.name, ExtractionTexts::tr("Its name is no name for a directory"));
+            failToWrite(directory.path() + directory.name, ExtractionTexts::tr("Its name is no name for a directory"));
             return false;
         }
         if (!QDir(target).exists() && !QDir(target).mkpath(QStringLiteral("."))) {
-            leaveOut(directory.path() + directory.name, ExtractionTexts::tr("The directory could not be created"));
+            failToWrite(directory.path() + directory.name, ExtractionTexts::tr("The directory could not be created"));
             return false;
         }
         if (leadsOut(target)) {
-            leaveOut(directory.path() + directory.name,
-                     ExtractionTexts::tr("A link of that name leads out of the chosen folder"));
+            failToWrite(directory.path() + directory.name,
+                        ExtractionTexts::tr("A link of that name leads out of the chosen folder"));
             return false;
         }
         return true;
@@ -135,15 +142,17 @@ private:
     void extract(const fileTreeFile &texture, const QString &directory)
     {
         const QString fileName = directory + QLatin1Char('/') + texture.name + pictureExtension(texture.format);
-        QString error;
+        const QString pathInTable = texture.path() + texture.name;
         if (!staysInFolder(texture.name))
-            error = ExtractionTexts::tr("Its name is no name for a file");
-        else if (leadsOut(fileName))
-            error = ExtractionTexts::tr("A link of that name leads out of the chosen folder");
-        else if (extractTexture(texture, fileName, m_log, &error) == ExtractOutcome::Extracted)
-            ++m_result.written;
-        if (!error.isEmpty())
-            leaveOut(texture.path() + texture.name, error);
+            return failToWrite(pathInTable, ExtractionTexts::tr("Its name is no name for a file"));
+        if (leadsOut(fileName))
+            return failToWrite(pathInTable, ExtractionTexts::tr("A link of that name leads out of the chosen folder"));
+        QString error;
+        switch (extractTexture(texture, fileName, m_log, &error)) {
+        case ExtractOutcome::Extracted: ++m_result.written; break;
+        case ExtractOutcome::NotWritten: failToWrite(pathInTable, error); break;
+        default: leaveOut(pathInTable, error);
+        }
     }
 
     QString m_path;

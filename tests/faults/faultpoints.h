@@ -38,4 +38,7 @@ constexpr int killed = 77;
 
 /// Runs \a action in a copy of this process and returns its exit status; -1 when it crashed.
 int runInChild(const std::function<void()> &action);
+
+/// Takes from this process what root may do; it cannot have that back. Does nothing to any other user.
+void becomeOrdinaryUser();
 }

@@ -153,7 +153,7 @@ void TestSaveFaults::eachFileIsTheOldOrTheNewOne()
 void TestSaveFaults::aFolderWithoutRoomForAnotherFileCanBeWrittenTo()
 {
     for (const int oldSize : {0, 1000, imageBytes, imageBytes + 1, 3 * imageBytes}) {
-        const QTemporaryDir folder(quickFolder());
+        const QTemporaryDir folder;
         const QString path = folder.filePath("game.z64");
         QVERIFY(writeBytes(path, QByteArray(oldSize, 'o')));
         faults::arm(folder.path(), {faults::What::Nothing, 0, 0, true});
@@ -172,7 +172,7 @@ void TestSaveFaults::aKillWhileWritingDirectlyLeavesTheNewContent()
     int kills = 0;
     for (const faults::What what : {faults::What::Kill, faults::What::KillHalfway}) {
         for (int at = 1;; ++at) {
-            const QTemporaryDir folder(quickFolder());
+            const QTemporaryDir folder;
             imageSave(false).prepare(folder.path());
             const QByteArray oldImage = bytesOfFile(folder.filePath("game.z64"));
             const int status = faults::runInChild([&] {
@@ -209,7 +209,7 @@ void TestSaveFaults::aFailureWhileWritingDirectlyPutsTheOldContentBack()
 
 void TestSaveFaults::aFileThatCannotBePutBackIsNamedWithItsRecovery()
 {
-    const QTemporaryDir folder(quickFolder());
+    const QTemporaryDir folder;
     imageSave(false).prepare(folder.path());
     faults::arm(folder.path(), {faults::What::FailFromHereOn, 1, EIO, true});
     const QString message = saveImage(folder.path());
@@ -224,7 +224,7 @@ void TestSaveFaults::aFileThatCannotBePutBackIsNamedWithItsRecovery()
 
 void TestSaveFaults::nothingIsWrittenDirectlyWithoutARecovery()
 {
-    const QTemporaryDir folder(quickFolder());
+    const QTemporaryDir folder;
     imageSave(false).prepare(folder.path());
     const QByteArray oldImage = bytesOfFile(folder.filePath("game.z64"));
     removeRecovered();
