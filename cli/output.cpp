@@ -2,25 +2,34 @@
 #include "cli/output.h"
 
 #include "cli/command.h"
+#include "model/printabletext.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTextStream>
 
+#include <utility>
+
 namespace cli
 {
 QString printable(QString text)
 {
-    for (QChar &character : text) {
-        if (character.category() == QChar::Other_Control)
-            character = QChar(QChar::ReplacementCharacter);
-    }
-    return text;
+    return printableText(std::move(text));
 }
 
 void printJson(QTextStream &out, const QJsonObject &document)
 {
-    out << QString::fromUtf8(QJsonDocument(document).toJson());
+    // The document's own line feeds aside, such characters stand in strings, where they can be written by their number.
+    const QString json = QString::fromUtf8(QJsonDocument(document).toJson());
+    QString escaped;
+    escaped.reserve(json.size());
+    for (const QChar character : json) {
+        if (character != QLatin1Char('\n') && steersText(character))
+            escaped += QStringLiteral("\\u%1").arg(character.unicode(), 4, 16, QLatin1Char('0'));
+        else
+            escaped += character;
+    }
+    out << escaped;
 }
 
 QString counted(qint64 count, const QString &noun)

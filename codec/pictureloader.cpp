@@ -28,6 +28,16 @@ bool openPicture(QFile *file)
 {
     return QFileInfo(file->fileName()).isFile() && file->open(QIODevice::ReadOnly);
 }
+
+/// Whether a file of \a bytes may hold a picture of \a size. Megabytes of one colour compress to a few kilobytes, so that small
+/// files could ask for much time and memory. What is far larger than any texture has to bring some bytes along.
+bool isProportionate(const QSize &size, qint64 bytes)
+{
+    constexpr qint64 pixelsForNothing = 16 * 1024 * 1024;
+    constexpr qint64 pixelsPerByte = 64;
+    const qint64 pixels = qint64(size.width()) * size.height();
+    return pixels <= pixelsForNothing || pixels / pixelsPerByte <= bytes;
+}
 }
 
 bool isAcceptablePictureSize(const QSize &size)
@@ -47,7 +57,7 @@ QImage loadPicture(const QString &path, const std::function<bool()> &isUnwanted)
     if (!openPicture(&file))
         return QImage();
     QImageReader reader(&file);
-    if (!isAcceptablePictureSize(reader.size()))
+    if (!isAcceptablePictureSize(reader.size()) || !isProportionate(reader.size(), file.size()))
         return QImage();
     return reader.read();
 }

@@ -17,6 +17,6 @@ bool isAcceptablePictureSize(const QSize &size);
 QSize sizeOfPicture(const QString &path);
 
 /// The picture in the file at \a path, its format told by its content. Null when there is none, when it does not decode, or when
-/// it claims to be larger than maximumPicturePixels; such a picture is not decoded at all. Null also when \a isUnwanted, which is
-/// asked again and again while the file is read, says so.
+/// it claims to be larger than maximumPicturePixels, or much larger than a file of its length can reasonably hold; such a picture
+/// is not decoded at all. Null also when \a isUnwanted, which is asked again and again while the file is read, says so.
 QImage loadPicture(const QString &path, const std::function<bool()> &isUnwanted = {});

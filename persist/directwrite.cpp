@@ -14,10 +14,10 @@
 
 namespace
 {
-QString translate(const char *text)
+class DirectWriteTexts
 {
-    return QCoreApplication::translate("SaveFile", text);
-}
+    Q_DECLARE_TR_FUNCTIONS(DirectWrite)
+};
 
 /// A file that holds \a bytes on the disk, in the recovery folder or, without one, in that for temporary files.
 bool keep(const QString &path, const QByteArray &bytes, QTemporaryFile *kept, QString *error)
@@ -27,7 +27,7 @@ bool keep(const QString &path, const QByteArray &bytes, QTemporaryFile *kept, QS
     for (const QString &folder : {recoveryFolder(), QDir::tempPath()}) {
         kept->setFileTemplate(folder + QLatin1Char('/') + name);
         if (!QDir().mkpath(folder)) {
-            *error = translate("The folder %1 could not be created").arg(folder);
+            *error = DirectWriteTexts::tr("The folder %1 could not be created").arg(folder);
             continue;
         }
         if (!openUnbuffered(kept)) {
@@ -74,7 +74,7 @@ bool writeDirectly(const QString &path, const QByteArray &bytes, QString *error)
     }
     QTemporaryFile kept;
     if (!keep(path, bytes, &kept, error)) {
-        *error = translate("The folder allows no new file, and no copy could be kept elsewhere: %1").arg(*error);
+        *error = DirectWriteTexts::tr("The folder allows no new file, and no copy could be kept elsewhere: %1").arg(*error);
         return false;
     }
     qDebug().noquote() << "Writing" << path << "directly; until that is done its content is kept in" << kept.fileName();
@@ -87,6 +87,6 @@ bool writeDirectly(const QString &path, const QByteArray &bytes, QString *error)
     if (overwrite(&file, old, bytes.size()) && syncFile(&file, &unused))
         return false;
     kept.setAutoRemove(false);
-    *error = translate("%1. The file is damaged; what should be in it is kept in %2").arg(*error, kept.fileName());
+    *error = DirectWriteTexts::tr("%1. The file is damaged; what should be in it is kept in %2").arg(*error, kept.fileName());
     return false;
 }

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "persist/profilestore.h"
 
+#include "model/folderbounds.h"
 #include "persist/attributeguard.h"
 #include "persist/savefile.h"
 #include "persist/xmltext.h"
 
+#include <QDebug>
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
@@ -105,12 +107,21 @@ QString ProfileStore::fileListPath(const QString &profile) const
 
 bool ProfileStore::isSafe(const QString &profile) const
 {
-    return isSafeName(m_romID) && isSafeName(profile);
+    return isSafeName(m_romID) && isSafeName(profile) && staysInside(fileListPath(profile));
+}
+
+bool ProfileStore::staysInside(const QString &path) const
+{
+    // With a name that is no plain one the path need not even begin with the folder.
+    const bool inside = isSafeName(m_romID) && !FolderBounds(m_profilesFolder.chopped(1)).leavesOn(path);
+    if (!inside)
+        qDebug().noquote() << path + QLatin1String(": It leads out of the profiles folder");
+    return inside;
 }
 
 bool ProfileStore::hasSettings() const
 {
-    return isSafeName(m_romID) && QFileInfo::exists(settingsPath());
+    return staysInside(settingsPath()) && QFileInfo::exists(settingsPath());
 }
 
 bool ProfileStore::hasProfile(const QString &profile) const
@@ -126,7 +137,7 @@ bool ProfileStore::hasFileList(const QString &profile) const
 QStringList ProfileStore::profiles() const
 {
     QStringList names;
-    if (!isSafeName(m_romID))
+    if (!staysInside(cartridgeFolder()))
         return names;
     QDirIterator folders(cartridgeFolder(), QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot | QDir::NoSymLinks);
     while (folders.hasNext()) {
@@ -138,7 +149,7 @@ QStringList ProfileStore::profiles() const
 
 bool ProfileStore::createCartridgeFolder() const
 {
-    return isSafeName(m_romID) && QDir().mkpath(cartridgeFolder());
+    return staysInside(cartridgeFolder()) && QDir().mkpath(cartridgeFolder());
 }
 
 bool ProfileStore::createProfile(const QString &profile) const
@@ -148,7 +159,7 @@ bool ProfileStore::createProfile(const QString &profile) const
 
 bool ProfileStore::removeProfile(const QString &profile) const
 {
-    if (!isSafe(profile))
+    if (!isSafeName(profile) || !staysInside(cartridgeFolder()))
         return false;
     const QString folder = profileFolder(profile);
     return QFileInfo(folder).isSymLink() ? QFile::remove(folder) : QDir(folder).removeRecursively();
@@ -158,7 +169,7 @@ ProfileStore::Reading ProfileStore::readSettings(ProfileSettings *settings, QStr
 {
     *settings = ProfileSettings();
     QFile file(settingsPath());
-    if (!isSafeName(m_romID) || !openXmlFile(&file))
+    if (!staysInside(settingsPath()) || !openXmlFile(&file))
         return Reading::NotOpened;
     return readProfileSettings(&file, settings, error) ? Reading::Done : Reading::Malformed;
 }
@@ -166,7 +177,7 @@ ProfileStore::Reading ProfileStore::readSettings(ProfileSettings *settings, QStr
 bool ProfileStore::writeSettings(const ProfileSettings &settings, QString *error) const
 {
     QString unused;
-    return isSafeName(m_romID)
+    return staysInside(settingsPath())
         && saveWhole(
                settingsPath(), [&settings](QIODevice *device) { return writeProfileSettings(settings, device); },
                error ? error : &unused);

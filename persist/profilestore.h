@@ -23,8 +23,9 @@ bool readProfileSettings(QIODevice *device, ProfileSettings *settings, QString *
 bool writeProfileSettings(const ProfileSettings &settings, QIODevice *device);
 
 /// The folder of one cartridge's profiles: settings.xml and a folder per profile, which holds its fileList.xml.
-/// The names come from cartridge headers and files; with one that is no plain folder name every operation fails and nothing is
-/// touched. The paths are put together all the same, for messages.
+/// The names come from cartridge headers and files, and the folders may have been handed on: with a name that is no plain folder
+/// name, and with a symbolic link that leads out of the profiles folder, every operation fails and nothing is touched. The paths
+/// are put together all the same, for messages.
 class ProfileStore
 {
 public:
@@ -41,7 +42,7 @@ public:
     QString profileFolder(const QString &profile) const;
     QString fileListPath(const QString &profile) const;
 
-    /// Whether the profile's paths lie inside the profiles folder.
+    /// Whether the profile's paths lie inside the profiles folder, with all links followed.
     bool isSafe(const QString &profile) const;
     bool hasSettings() const;
     bool hasProfile(const QString &profile) const;
@@ -62,6 +63,9 @@ public:
     bool writeSettings(const ProfileSettings &settings, QString *error = nullptr) const;
 
 private:
+    /// Whether no link on \a path, which begins with the profiles folder, leads out of that. Says so in the log when one does.
+    bool staysInside(const QString &path) const;
+
     QString m_profilesFolder;
     QString m_romID;
 };

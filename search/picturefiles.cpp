@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "search/picturefiles.h"
 
+#include "model/folderbounds.h"
+
 #include <QDir>
 #include <QDirIterator>
 #include <QFileInfo>
@@ -8,10 +10,12 @@
 QStringList picturesInFolder(const QString &folder, bool subfolders)
 {
     QStringList files;
+    const FolderBounds bounds(folder);
     QDirIterator entry(QDir(folder).absolutePath(), subfolders ? QDirIterator::Subdirectories : QDirIterator::NoIteratorFlags);
     while (entry.hasNext()) {
         const QString file = entry.next();
-        if (!entry.fileInfo().isDir() && file.endsWith(QLatin1String(".png"), Qt::CaseSensitive))
+        if (!entry.fileInfo().isDir() && !bounds.leadsOut(entry.fileInfo())
+            && file.endsWith(QLatin1String(".png"), Qt::CaseSensitive))
             files.append(file);
     }
     return files;

@@ -2,6 +2,7 @@
 #include "transfer/extraction.h"
 
 #include "codec/texturemanipulator.h"
+#include "model/folderbounds.h"
 #include "model/textureformat.h"
 #include "persist/imagefile.h"
 #include "persist/savefile.h"
@@ -69,7 +70,7 @@ public:
     FolderExtraction run(const fileTreeDirectory *top)
     {
         QDir().mkpath(m_path);
-        m_canonicalPath = QFileInfo(m_path).canonicalFilePath();
+        m_bounds = FolderBounds(m_path);
         m_progress->setMaximum(fileTreeContainer().allFiles(top).size());
         // An own stack: how deep a table goes is up to whoever wrote it.
         QList<Step> stack {{m_path, top}};
@@ -98,17 +99,6 @@ private:
         const fileTreeDirectory *directory;
     };
 
-    /// Whether \a path, whose folder lies in the chosen one, is a link that leads out of that, or nowhere.
-    bool leadsOut(const QString &path) const
-    {
-        const QFileInfo info(path);
-        if (!info.isSymLink())
-            return false;
-        const QString canonical = info.canonicalFilePath();
-        const QString prefix = m_canonicalPath.endsWith(QLatin1Char('/')) ? m_canonicalPath : m_canonicalPath + QLatin1Char('/');
-        return canonical != m_canonicalPath && !canonical.startsWith(prefix);
-    }
-
     void leaveOut(const QString &pathInTable, const QString &reason)
     {
         m_result.problems.append(pathInTable + QLatin1String(": ") + reason);
@@ -131,7 +121,7 @@ private:
             failToWrite(directory.path() + directory.name, ExtractionTexts::tr("The directory could not be created"));
             return false;
         }
-        if (leadsOut(target)) {
+        if (m_bounds.leadsOut(QFileInfo(target))) {
             failToWrite(directory.path() + directory.name,
                         ExtractionTexts::tr("A link of that name leads out of the chosen folder"));
             return false;
@@ -145,7 +135,7 @@ private:
         const QString pathInTable = texture.path() + texture.name;
         if (!staysInFolder(texture.name))
             return failToWrite(pathInTable, ExtractionTexts::tr("Its name is no name for a file"));
-        if (leadsOut(fileName))
+        if (m_bounds.leadsOut(QFileInfo(fileName)))
             return failToWrite(pathInTable, ExtractionTexts::tr("A link of that name leads out of the chosen folder"));
         QString error;
         switch (extractTexture(texture, fileName, m_log, &error)) {
@@ -156,7 +146,7 @@ private:
     }
 
     QString m_path;
-    QString m_canonicalPath;
+    FolderBounds m_bounds {m_path};
     WorkLog *m_log;
     Progress *m_progress;
     int m_visited = 0;

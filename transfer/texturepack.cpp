@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "transfer/texturepack.h"
 
+#include "model/folderbounds.h"
 #include "model/hexnumber.h"
 #include "model/textureformat.h"
 #include "persist/imagefile.h"
@@ -45,8 +46,7 @@ class PackImporter
 public:
     PackImporter(const QString &path, fileTreeDirectory *root, const QByteArray &cartridge, const TextureSink &write,
                  WorkLog *log)
-        : m_path(QDir(path).absolutePath()), m_canonicalPath(QDir(path).canonicalPath()), m_root(root), m_cartridge(cartridge),
-          m_write(write), m_log(log)
+        : m_path(QDir(path).absolutePath()), m_bounds(m_path), m_root(root), m_cartridge(cartridge), m_write(write), m_log(log)
     {
     }
 
@@ -54,17 +54,20 @@ public:
     {
         const QVector<QFileInfo> entries = entriesOf(m_path);
         for (const QFileInfo &entry : entries) {
-            if (entry.isDir() && !leadsOut(entry))
+            if (entry.isDir() && isInside(entry))
                 importDirectory(entry);
         }
         return m_result;
     }
 
 private:
-    /// Whether \a entry is a link to something outside the pack, which is not what the user chose.
-    bool leadsOut(const QFileInfo &entry) const
+    /// Whether \a entry belongs to what the user chose.
+    bool isInside(const QFileInfo &entry)
     {
-        return entry.isSymLink() && !entry.canonicalFilePath().startsWith(m_canonicalPath + QLatin1Char('/'));
+        const bool inside = !m_bounds.leadsOut(entry);
+        if (!inside)
+            m_log->debug(entry.filePath() + QLatin1String(": A link that leads out of the pack"));
+        return inside;
     }
 
     /// Whether all of \a name matches, with the parts it is made of in the log.
@@ -100,7 +103,7 @@ private:
 
         const QVector<QFileInfo> files = entriesOf(entry.filePath());
         for (const QFileInfo &file : files) {
-            if (!file.isDir() && !leadsOut(file))
+            if (!file.isDir() && isInside(file))
                 importFile(file, m_result.lastFolder);
         }
     }
@@ -132,7 +135,7 @@ private:
     }
 
     QString m_path;
-    QString m_canonicalPath;
+    FolderBounds m_bounds;
     fileTreeDirectory *m_root;
     const QByteArray &m_cartridge;
     const TextureSink &m_write;

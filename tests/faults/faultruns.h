@@ -84,10 +84,11 @@ public:
     /// What the operation calls, one after the other.
     const QList<QByteArray> &calls() const { return m_calls; }
 
-    void killAtEachCall()
+    /// At each call from number \a first on.
+    void killAtEachCall(int first = 1)
     {
-        killAt(faults::What::Kill);
-        killAt(faults::What::KillHalfway);
+        killAt(faults::What::Kill, first);
+        killAt(faults::What::KillHalfway, first);
     }
 
     void failOnceAtEachCall()
@@ -105,10 +106,10 @@ public:
 private:
     faults::Fault fault(faults::What what, int at, int error) const { return {what, at, error, m_folderAllowsNoFile}; }
 
-    void killAt(faults::What what)
+    void killAt(faults::What what, int first)
     {
         int kills = 0;
-        for (int at = 1; at <= m_calls.size() && !QTest::currentTestFailed(); ++at) {
+        for (int at = first; at <= m_calls.size() && !QTest::currentTestFailed(); ++at) {
             const RunFolder folder(m_operation);
             m_operation.prepare(folder.path());
             const int status = faults::runInChild([&] {

@@ -10,6 +10,7 @@
 
 #include <QDir>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 Q_DECLARE_METATYPE(Operation)
@@ -108,6 +109,16 @@ private slots:
     void aFailureWhileWritingDirectlyPutsTheOldContentBack();
     void aFileThatCannotBePutBackIsNamedWithItsRecovery();
     void nothingIsWrittenDirectlyWithoutARecovery();
+
+    void linksAreFollowed_data();
+    void linksAreFollowed();
+    void linksInACircleAreRefused();
+    void permissionsAndOwnerAreKept();
+    void newFilesGetTheUsualPermissions();
+    void otherNamesOfTheFileKeepTheOldContent();
+    void whatIsNoRegularFileIsLeftAlone();
+    void longNamesCanBeSavedTo();
+    void whatMayNotBeWrittenIsLeftAlone();
 
 private:
     QTemporaryDir m_dataHome; ///< Holds the recovery folder.
@@ -243,6 +254,151 @@ void TestSaveFaults::nothingIsWrittenDirectlyWithoutARecovery()
     QVERIFY2(message.contains("no copy could be kept elsewhere"), qPrintable(message));
     QCOMPARE(calls, QList<QByteArray>());
     QCOMPARE(bytesOfFile(folder.filePath("game.z64")), oldImage);
+}
+
+void TestSaveFaults::linksAreFollowed_data()
+{
+    QTest::addColumn<int>("links");
+    QTest::addColumn<bool>("isThere");
+    QTest::newRow("one") << 1 << true;
+    QTest::newRow("a chain") << 3 << true;
+    QTest::newRow("to a file to be made") << 1 << false;
+    QTest::newRow("a chain to a file to be made") << 3 << false;
+}
+
+void TestSaveFaults::linksAreFollowed()
+{
+    QFETCH(int, links);
+    QFETCH(bool, isThere);
+    const QTemporaryDir folder;
+    QVERIFY(QDir(folder.path()).mkpath("images"));
+    const QString image = folder.filePath("images/game.z64");
+    QString previous = "images/game.z64"; // Relative to the link.
+    for (int i = links; i > 0; --i) {
+        const QString link = folder.filePath(i == 1 ? "game.z64" : QString("link %1").arg(i));
+        QVERIFY(QFile::link(previous, link));
+        previous = QFileInfo(link).fileName();
+    }
+    if (isThere)
+        QVERIFY(writeBytes(image, "old"));
+    const QStringList before = treeOnDisk(folder.path());
+    QCOMPARE(saveImage(folder.path()), QString());
+    QCOMPARE(bytesOfFile(image), cartridgeImage(imageBytes, "NQLE", 0, 2));
+    QVERIFY(!QFileInfo(image).isSymLink());
+    for (int i = links; i > 0; --i)
+        QVERIFY(QFileInfo(folder.filePath(i == 1 ? "game.z64" : QString("link %1").arg(i))).isSymLink());
+    QCOMPARE(treeOnDisk(folder.path()).size(), before.size() + (isThere ? 0 : 1));
+}
+
+void TestSaveFaults::linksInACircleAreRefused()
+{
+    const QTemporaryDir folder;
+    QVERIFY(QFile::link(folder.filePath("game.z64"), folder.filePath("other")));
+    QVERIFY(QFile::link(folder.filePath("other"), folder.filePath("game.z64")));
+    QVERIFY(!saveImage(folder.path()).isEmpty());
+    QVERIFY(QFileInfo(folder.filePath("game.z64")).isSymLink());
+    QVERIFY(QFileInfo(folder.filePath("other")).isSymLink());
+}
+
+void TestSaveFaults::permissionsAndOwnerAreKept()
+{
+    const QTemporaryDir folder;
+    const QByteArray path = QFile::encodeName(folder.filePath("game.z64"));
+    for (const mode_t mode : {0600, 0640, 0664, 0755}) {
+        QVERIFY(writeBytes(folder.filePath("game.z64"), "old"));
+        QCOMPARE(chmod(path.constData(), mode), 0);
+        constexpr unsigned someone = 4711;
+        const bool isRoot = geteuid() == 0; // Nobody else may give files away.
+        if (isRoot)
+            QCOMPARE(chown(path.constData(), someone, someone + 1), 0);
+        QCOMPARE(saveImage(folder.path()), QString());
+        struct stat now = {};
+        QCOMPARE(stat(path.constData(), &now), 0);
+        QCOMPARE(now.st_mode & 07777, mode);
+        QCOMPARE(now.st_uid, isRoot ? someone : getuid());
+        QCOMPARE(now.st_gid, isRoot ? someone + 1 : getgid());
+        QCOMPARE(now.st_size, off_t(imageBytes));
+    }
+}
+
+void TestSaveFaults::newFilesGetTheUsualPermissions()
+{
+    const QTemporaryDir folder;
+    const mode_t before = umask(027);
+    QString error;
+    const bool saved = saveWhole(folder.filePath("saved"), "x", &error);
+    const bool made = saveNew(folder.filePath("made"), "x", &error);
+    const mode_t during = umask(before);
+    QVERIFY(saved && made);
+    QCOMPARE(during, mode_t(027));
+    for (const char *name : {"saved", "made"}) {
+        struct stat now = {};
+        QCOMPARE(stat(QFile::encodeName(folder.filePath(name)).constData(), &now), 0);
+        QCOMPARE(now.st_mode & 07777, mode_t(0640));
+    }
+}
+
+void TestSaveFaults::otherNamesOfTheFileKeepTheOldContent()
+{
+    const QTemporaryDir folder;
+    QVERIFY(writeBytes(folder.filePath("game.z64"), "old"));
+    QCOMPARE(link(QFile::encodeName(folder.filePath("game.z64")).constData(),
+                  QFile::encodeName(folder.filePath("backup.z64")).constData()),
+             0);
+    QCOMPARE(saveImage(folder.path()), QString());
+    QCOMPARE(bytesOfFile(folder.filePath("game.z64")), cartridgeImage(imageBytes, "NQLE", 0, 2));
+    QCOMPARE(bytesOfFile(folder.filePath("backup.z64")), QByteArray("old"));
+}
+
+void TestSaveFaults::whatIsNoRegularFileIsLeftAlone()
+{
+    const QTemporaryDir folder;
+    const QByteArray path = QFile::encodeName(folder.filePath("game.z64"));
+    QCOMPARE(mkfifo(path.constData(), 0600), 0);
+    QVERIFY(saveImage(folder.path()).contains("not a regular file"));
+    struct stat now = {};
+    QCOMPARE(lstat(path.constData(), &now), 0);
+    QVERIFY(S_ISFIFO(now.st_mode));
+    QVERIFY(QFile::remove(folder.filePath("game.z64")));
+    QVERIFY(QDir(folder.path()).mkpath("game.z64/below"));
+    QVERIFY(!saveImage(folder.path()).isEmpty());
+    QCOMPARE(treeOnDisk(folder.path()), QStringList({"game.z64/", "game.z64/below/"}));
+}
+
+void TestSaveFaults::longNamesCanBeSavedTo()
+{
+    const QTemporaryDir folder;
+    for (const int length : {240, 248, 249, 255}) {
+        const QString path = folder.filePath(QString(length, 'n'));
+        for (const char *content : {"first", "second, longer", "third"}) {
+            QString error;
+            QVERIFY2(saveWhole(path, QByteArray(content), &error), qPrintable(error));
+            QCOMPARE(bytesOfFile(path), QByteArray(content));
+        }
+    }
+    QCOMPARE(treeOnDisk(folder.path()).size(), 4);
+    QCOMPARE(recoveredFiles(), QStringList());
+}
+
+void TestSaveFaults::whatMayNotBeWrittenIsLeftAlone()
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("game.z64");
+    imageSave(false).prepare(folder.path());
+    const QByteArray oldImage = bytesOfFile(path);
+    const auto readable = QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther;
+    QVERIFY(QFile::setPermissions(path, readable));
+    QVERIFY(QFile::setPermissions(folder.path(), readable | QFile::ExeOwner | QFile::ExeGroup | QFile::ExeOther));
+    const int status = faults::runInChild([&] {
+        faults::becomeOrdinaryUser();
+        _exit(saveImage(folder.path()).isEmpty() ? 1 : 0);
+    });
+    QVERIFY(QFile::setPermissions(folder.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+    QCOMPARE(status, 0);
+    QCOMPARE(bytesOfFile(path), oldImage);
+    QCOMPARE(treeOnDisk(folder.path()), QStringList("game.z64"));
+    QVERIFY(QFile::setPermissions(path, readable | QFile::WriteOwner));
+    QCOMPARE(saveImage(folder.path()), QString());
 }
 
 QTEST_GUILESS_MAIN(TestSaveFaults)

@@ -338,7 +338,12 @@ void TestWindowFaults::theSettingsStore()
         settings.sync();
         return settings.status() == QSettings::NoError ? QString() : QStringLiteral("not saved");
     };
-    FaultRuns({prepare, save}).killAtEachCall();
+    FaultRuns runs({prepare, save});
+    // Before that the library makes its lock. An empty one, of a process that was killed while making it, counts for half a
+    // minute.
+    const int first = runs.calls().indexOf("open(O_TMPFILE)") + 1;
+    QVERIFY(first > 1);
+    runs.killAtEachCall(first);
 }
 
 void TestWindowFaults::aFolderThatVanishes()
