@@ -4,6 +4,7 @@
 #include "codec/texturemanipulator.h"
 #include "model/hexnumber.h"
 #include "model/wrapping.h"
+#include "widgets/onelinedelegate.h"
 
 #include <QDebug>
 #include <QHeaderView>
@@ -129,6 +130,7 @@ void MainWindow::createTreeView()
     m_treeWidget = new QTreeWidget(this);
     m_treeWidget->setObjectName(QStringLiteral("fileTree"));
     m_treeWidget->setAccessibleName(tr("File table"));
+    m_treeWidget->setItemDelegate(new OneLineDelegate(m_treeWidget));
     m_treeWidget->setColumnCount(ColumnCount);
     m_treeWidget->setHeaderLabels({tr("File", "column"), tr("Offset"), tr("Offset End"), tr("Address"), tr("Address End"),
                                    tr("Size"), tr("Format"), tr("Width"), tr("Height"), tr("Palette Address")});

@@ -9,6 +9,21 @@
     </message>
 </context>
 <context>
+    <name>DirectWrite</name>
+    <message>
+        <source>The folder %1 could not be created</source>
+        <translation>Der Ordner %1 konnte nicht angelegt werden</translation>
+    </message>
+    <message>
+        <source>The folder allows no new file, and no copy could be kept elsewhere: %1</source>
+        <translation>Der Ordner lässt keine neue Datei zu, und anderswo konnte keine Kopie aufbewahrt werden: %1</translation>
+    </message>
+    <message>
+        <source>%1. The file is damaged; what should be in it is kept in %2</source>
+        <translation>%1. Die Datei ist beschädigt; was darin stehen sollte, liegt in %2</translation>
+    </message>
+</context>
+<context>
     <name>Extraction</name>
     <message>
         <source>There is something of that name that is no regular file</source>

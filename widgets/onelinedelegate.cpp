@@ -1,0 +1,9 @@
+// SPDX-License-Identifier: MIT
+#include "widgets/onelinedelegate.h"
+
+#include "model/printabletext.h"
+
+QString OneLineDelegate::displayText(const QVariant &value, const QLocale &locale) const
+{
+    return printableText(QStyledItemDelegate::displayText(value, locale));
+}
