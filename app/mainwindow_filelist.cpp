@@ -98,15 +98,16 @@ void MainWindow::createXMLFile(const QString &path)
 bool MainWindow::writeFileListTo(const QString &path)
 {
     QString error;
-    const auto write = [&error](QIODevice *device) {
-        const bool written = writeFileList(currentROM.root, device, &error);
-        if (!written)
-            QUILLARY_DEBUG_AS("void MainWindow::createXMLFile(const QString &)") << "error";
-        return written;
+    bool opened = false;
+    const auto write = [&error, &opened](QIODevice *device) {
+        opened = true;
+        return writeFileList(currentROM.root, device, &error);
     };
     if (saveWhole(path, write, &error))
         return true;
-    QUILLARY_DEBUG_AS("void MainWindow::createXMLFile(const QString &)").noquote() << path + QLatin1Char(':') << error;
+    if (opened)
+        QUILLARY_DEBUG_AS("void MainWindow::createXMLFile(const QString &)") << "error";
+    qDebug().noquote() << path + QLatin1Char(':') << error;
     showBox(this, QMessageBox::Critical, QStringLiteral("createXMLFile"), tr("Couldn't open %1").arg(path));
     return false;
 }

@@ -7,6 +7,9 @@
 #include "app/messagebox.h"
 
 #include <QJsonArray>
+#include <QStyledItemDelegate>
+
+#include <algorithm>
 
 namespace
 {
@@ -14,7 +17,7 @@ namespace
 const QStringList steeringNames()
 {
     return {QString("red\x1B[31m"),
-            QString("\x9B") + "31m",
+            QString(QChar(0x9B)) + "31m",
             QString("title\x1B]0;owned\x07"),
             QString("back\b\b\bforth"),
             QString("gnp.exe") + QChar(0x202E) + "gnp",
