@@ -236,7 +236,7 @@ ByteSpan paletteSpanOf(const fileTreeFile &texture)
         return {};
     constexpr int bytesPerColour = 2;
     const qint64 begin = texture.realPaletteAddress();
-    return {begin, begin + bytesPerColour * (format.bytesPerPixel < 1 ? 16 : 256)};
+    return {begin, begin + qint64(bytesPerColour) * (format.bytesPerPixel < 1 ? 16 : 256)};
 }
 
 Verification verifyEntries(const QList<fileTreeFile *> &wanted, const QList<fileTreeFile *> &all, Progress *progress)
@@ -276,28 +276,30 @@ QVector<ByteSpan> uncoveredSpans(const QList<fileTreeFile *> &all)
     return gapsBetween(covered, currentROM.data.size());
 }
 
+namespace
+{
+/// Clears the texels of \a texelBytes bytes that \a isClear tells, given where one begins.
+template<typename IsClear> void clearTexels(QByteArray *data, int texelBytes, IsClear isClear)
+{
+    char *const bytes = data->data();
+    for (int i = 0; i + texelBytes <= data->size(); i += texelBytes) {
+        if (isClear(bytes + i))
+            std::fill_n(bytes + i, texelBytes, '\0');
+    }
+}
+}
+
 QByteArray withClearTexelsCleared(QByteArray data, const QString &format)
 {
-    const int size = data.size();
-    char *bytes = data.data();
     if (format == textureFormats::rgba32.name) {
-        for (int i = 0; i + 4 <= size; i += 4) {
-            if (bytes[i + 3] == 0)
-                std::fill(bytes + i, bytes + i + 4, '\0');
-        }
+        clearTexels(&data, 4, [](const char *texel) { return texel[3] == 0; });
     } else if (format == textureFormats::rgb5a1.name) {
-        for (int i = 0; i + 2 <= size; i += 2) {
-            if (!(bytes[i + 1] & 1))
-                bytes[i] = bytes[i + 1] = 0;
-        }
+        clearTexels(&data, 2, [](const char *texel) { return (texel[1] & 0x01) == 0; });
     } else if (format == textureFormats::ia4.name) {
-        for (int i = 0; i < size; ++i)
-            bytes[i] = char((bytes[i] & 0x10 ? bytes[i] & 0xF0 : 0) | (bytes[i] & 0x01 ? bytes[i] & 0x0F : 0));
+        for (char &pair : data)
+            pair = char((pair & 0x10 ? pair & 0xF0 : 0) | (pair & 0x01 ? pair & 0x0F : 0));
     } else if (format == textureFormats::ia8.name) {
-        for (int i = 0; i < size; ++i) {
-            if (!(bytes[i] & 0x0F))
-                bytes[i] = 0;
-        }
+        clearTexels(&data, 1, [](const char *texel) { return (*texel & 0x0F) == 0; });
     }
     return data;
 }
