@@ -45,6 +45,13 @@ void NameIndex::remove(const QString &name)
         *lowest = number;
 }
 
+void NameIndex::dissolve()
+{
+    m_counts = QHash<QString, int>();
+    m_lowestFreeNumber = QHash<QString, int>();
+    m_stale = true;
+}
+
 QString NameIndex::freeName(const QString &requested, const QString &ignored)
 {
     const auto isFree = [&](const QString &name) { return count(name) <= (!ignored.isNull() && name == ignored ? 1 : 0); };

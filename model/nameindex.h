@@ -24,6 +24,8 @@ public:
     /// True once a node that the folder lists has joined another index; the folder then needs a new one.
     bool isStale() const { return m_stale; }
     void setStale() { m_stale = true; }
+    /// Frees what it holds; stale from then on.
+    void dissolve();
 
 private:
     QHash<QString, int> m_counts;

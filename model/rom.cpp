@@ -454,6 +454,14 @@ void fileTreeDirectory::destroy()
         parent->m_namedDirectories.remove(&parent->directories, this);
 }
 
+void fileTreeDirectory::forgetNames()
+{
+    if (m_namedFiles.index)
+        m_namedFiles.index->dissolve();
+    if (m_namedDirectories.index)
+        m_namedDirectories.index->dissolve();
+}
+
 void fileTreeDirectory::copyValues(const fileTreeDirectory &values)
 {
     name = values.name;

@@ -131,6 +131,9 @@ public:
     /// Unlinks the folder from its parent and takes its row out of the tree. Its children and the object stay as they are.
     void destroy();
 
+    /// Frees what serves to find free names among the children, for a folder that leaves the table. It comes back when needed.
+    void forgetNames();
+
     /// Takes over name, address and size of \a values; the children, the parent and the row stay the folder's own.
     void copyValues(const fileTreeDirectory &values);
 

@@ -96,6 +96,16 @@ private:
         m_folder = m_folder == m_root ? nullptr : m_folder->parent;
     }
 
+    /// \a name as text; one text for all textures of a known format, since a table has many of few formats.
+    QString sharedFormat(const QStringRef &name) const
+    {
+        for (auto format = m_formats.keyBegin(); format != m_formats.keyEnd(); ++format) {
+            if (*format == name)
+                return *format;
+        }
+        return name.toString();
+    }
+
     void addTexture()
     {
         if (!m_folder)
@@ -109,7 +119,7 @@ private:
             else if (name == QLatin1String("address"))
                 texture->address = parseHexadecimal(attribute.value());
             else if (name == QLatin1String("format"))
-                texture->format = attribute.value().toString();
+                texture->format = sharedFormat(attribute.value());
             else if (name == QLatin1String("width"))
                 texture->width = attribute.value().toInt();
             else if (name == QLatin1String("height"))
@@ -128,6 +138,7 @@ private:
     FileListObserver *m_observer;
     fileTreeDirectory *m_folder = nullptr; ///< Where elements go; null before the document element and after a stray end.
     QLatin1String m_textureElement {"texture"};
+    const QMap<QString, textureFormat> m_formats = textureFormats::getAsMap();
 };
 
 void writeDirectoryAttributes(QXmlStreamWriter *writer, const fileTreeDirectory &directory)

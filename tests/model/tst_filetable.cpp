@@ -59,6 +59,7 @@ private slots:
     void jpegOutsideTheImage();
     void jpegStepsAreLimited();
     void jpegEndsFollowTheImage();
+    void forgottenNamesComeBack();
     void jpegsWithoutEndAreMeasuredQuickly();
     void measuringKeepsNoSecondImage();
     void dataIsCutAtTheImagesEnd();
@@ -306,6 +307,25 @@ void FileTableTest::jpegEndsFollowTheImage()
         else
             std::memcpy(currentROM.data.data() + place, "\xFF\xD9", 2);
     }
+}
+
+void FileTableTest::forgottenNamesComeBack()
+{
+    fileTreeFile *sky = texture(currentROM.root, "Sky");
+    fileTreeFile *second = texture(currentROM.root, "Sky");
+    fileTreeDirectory *folder = folderIn(currentROM.root, "Sky");
+    currentROM.root->forgetNames();
+    second->name = "Sea"; // a write while nothing counts names
+    currentROM.root->forgetNames();
+    QCOMPARE(QString(texture(currentROM.root, "Sea")->name), QStringLiteral("Sea (2)"));
+    currentROM.root->forgetNames();
+    sky->destroy();
+    QCOMPARE(QString(texture(currentROM.root, "Sky")->name), QStringLiteral("Sky"));
+    currentROM.root->forgetNames();
+    currentROM.root->sort();
+    folder->setName("Sky");
+    QCOMPARE(QString(folder->name), QStringLiteral("Sky"));
+    QCOMPARE(QString(folderIn(currentROM.root, "Sky")->name), QStringLiteral("Sky (2)"));
 }
 
 void FileTableTest::jpegsWithoutEndAreMeasuredQuickly()
