@@ -12,6 +12,7 @@
 #include "search/texturesearch.h"
 
 #include <algorithm>
+#include <cstring>
 #include <memory>
 #include <vector>
 
@@ -68,12 +69,13 @@ using Positions = QVector<int>;
 Positions plainCopies(const std::vector<char> &range, const QByteArray &pattern)
 {
     Positions found;
-    for (auto from = range.begin(); !pattern.isEmpty();) {
-        from = std::search(from, range.end(), pattern.begin(), pattern.end());
-        if (from == range.end())
+    const char *end = range.data() + range.size();
+    for (const char *from = range.data(); !pattern.isEmpty();) {
+        const void *copy = memmem(from, size_t(end - from), pattern.constData(), size_t(pattern.size()));
+        if (!copy)
             break;
-        found.append(int(from - range.begin()));
-        from += pattern.size();
+        found.append(int(static_cast<const char *>(copy) - range.data()));
+        from = range.data() + found.last() + pattern.size();
     }
     return found;
 }
