@@ -245,7 +245,7 @@ void checkOutput(const Call &call, int status, const QString &out, const QString
     requireNoControls(out);
     requireNoControls(err);
     if (status == cli::Done && call.has("--json") && !call.has("--help") && !call.hasOddOption()) {
-        QJsonParseError error;
+        QJsonParseError error {};
         QJsonDocument::fromJson(out.toUtf8(), &error);
         require(error.error == QJsonParseError::NoError, "one JSON document");
     }

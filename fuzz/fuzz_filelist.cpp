@@ -69,7 +69,7 @@ QByteArray anyDocument(FuzzInput *input)
         case 6: text += "<texture" + anyAttributes(input) + "/>"; break;
         case 7: text += "<file" + anyAttributes(input) + "/>"; break;
         case 8: text += "<directory" + anyAttributes(input) + "/>"; break;
-        case 9: text += "<other><root version=\"1\"/><texture name=\"inside\"/></other>"; break;
+        case 9: text += R"(<other><root version="1"/><texture name="inside"/></other>)"; break;
         case 10: text += input->bytes(input->below(8)); break;
         default:
             // Not deeper: the indentation alone would take most of the time.
@@ -83,28 +83,46 @@ QByteArray anyDocument(FuzzInput *input)
     return text + "</" + top + '>';
 }
 
+qint32 anyNumber(FuzzInput *input)
+{
+    return input->flag() ? input->byte() : input->number();
+}
+
+fileTreeDirectory *anyFolder(FuzzInput *input)
+{
+    auto *folder = new fileTreeDirectory;
+    folder->name = input->text(5);
+    folder->address = anyNumber(input);
+    folder->size = anyNumber(input);
+    return folder;
+}
+
+fileTreeFile *anyTexture(FuzzInput *input)
+{
+    auto *texture = new fileTreeFile;
+    texture->name = input->text(5);
+    texture->format = input->flag() ? QString::fromLatin1(input->oneOf(formatNames)) : input->text(5);
+    texture->address = anyNumber(input);
+    texture->paletteAddress = input->number();
+    texture->width = anyNumber(input);
+    texture->height = anyNumber(input);
+    return texture;
+}
+
 /// Fills \a root with folders and textures of any names and numbers.
 void fillTable(FuzzInput *input, fileTreeDirectory *root)
 {
     fileTreeDirectory *folder = root;
     while (!input->isUsedUp()) {
-        if (input->below(4) == 0) {
-            auto *child = new fileTreeDirectory;
-            child->name = input->text(5);
-            child->address = input->flag() ? input->byte() : input->number();
-            child->size = input->flag() ? input->byte() : input->number();
-            folder->addDirectory(child);
-            folder = input->flag() ? child : folder->parent && input->flag() ? folder->parent : folder;
-        } else {
-            auto *texture = new fileTreeFile;
-            texture->name = input->text(5);
-            texture->format = input->flag() ? QString::fromLatin1(input->oneOf(formatNames)) : input->text(5);
-            texture->address = input->flag() ? input->byte() : input->number();
-            texture->paletteAddress = input->number();
-            texture->width = input->flag() ? input->byte() : input->number();
-            texture->height = input->flag() ? input->byte() : input->number();
-            folder->addFile(texture);
+        if (input->below(4) > 0) {
+            folder->addFile(anyTexture(input));
+            continue;
         }
+        fileTreeDirectory *child = folder->addDirectory(anyFolder(input));
+        if (input->flag())
+            folder = child;
+        else if (folder->parent && input->flag())
+            folder = folder->parent;
     }
 }
 

@@ -37,14 +37,15 @@ inline FolderContent contentOf(const QString &path)
     while (entries.hasNext()) {
         entries.next();
         const QFileInfo info = entries.fileInfo();
-        QByteArray &entry = content[folder.relativeFilePath(info.filePath())];
         QFile file(info.filePath());
+        QByteArray entry;
         if (info.isSymLink())
             entry = "link to " + info.symLinkTarget().toUtf8();
         else if (info.isDir())
             entry = "folder";
         else if (info.isFile() && file.open(QIODevice::ReadOnly))
             entry = "file " + file.readAll();
+        content.insert(folder.relativeFilePath(info.filePath()), entry);
     }
     return content;
 }

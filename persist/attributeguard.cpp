@@ -92,10 +92,9 @@ private:
 struct CodeUnits
 {
     explicit CodeUnits(const QByteArray &start)
+        : isLittleEndian(start.startsWith("\xFF\xFE") || (start.size() > 1 && start.at(0) != 0 && start.at(1) == 0)),
+          bytes(isLittleEndian || start.startsWith("\xFE\xFF") || (start.size() > 1 && start.at(0) == 0) ? 2 : 1)
     {
-        isLittleEndian = start.startsWith("\xFF\xFE") || (start.size() > 1 && start.at(0) != 0 && start.at(1) == 0);
-        const bool isBigEndian = start.startsWith("\xFE\xFF") || (start.size() > 1 && start.at(0) == 0);
-        bytes = isLittleEndian || isBigEndian ? 2 : 1;
     }
 
     ushort at(const char *position) const
@@ -106,8 +105,8 @@ struct CodeUnits
         return isLittleEndian ? ushort(byte(1) << 8 | byte(0)) : ushort(byte(0) << 8 | byte(1));
     }
 
-    int bytes = 1;
-    bool isLittleEndian = false;
+    bool isLittleEndian;
+    int bytes;
 };
 
 bool countAll(QIODevice *device)
