@@ -47,7 +47,7 @@ QByteArray tableDocument()
            "<texture name=\"indexed\" address=\"0x200\" format=\"ci4\" width=\"4\" height=\"4\" palette=\"0x300\"/>"
            "<texture name=\"/beside\" address=\"0xFF0\" format=\"i8\" width=\"8\" height=\"8\"/>"
            "<texture name=\"../../../../../beside/kept.txt\" address=\"0x40\" format=\"i4\" width=\"3\" height=\"3\"/>"
-           "<texture name=\"line&#10;&#27;[2J\" address=\"0x44\" format=\"ia16\" width=\"1\" height=\"9\"/>"
+           "<texture name=\"line&#10;&#155;2J\" address=\"0x44\" format=\"ia16\" width=\"1\" height=\"9\"/>"
            "<texture name=\"photo\" address=\"0x800\" format=\"jpeg\"/>"
            "<texture name=\"large\" address=\"0x10\" format=\"rgba32\" width=\"2147483647\" height=\"2\"/>"
            "<texture name=\"none\" address=\"0x10\" format=\"none\" width=\"2\" height=\"2\"/></root>";
@@ -70,7 +70,7 @@ void furnish(const ScratchFolder &scratch)
     for (const char *folder : {"profiles/NFZE0/default", "profiles/NFZE0/broken", "profiles/junk/default", "pictures/water/",
                                "pack/A_100_lake", "pack/P_800_well"})
         require(work.mkpath(QString::fromLatin1(folder)), "a scratch folder can be made");
-    const QByteArray game = image("\x80\x37\x12\x40\x00\x00\x00\x0F", "NFZE");
+    const QByteArray game = image(QByteArray("\x80\x37\x12\x40\x00\x00\x00\x0F", 8), "NFZE");
     putFile(work.filePath("game.z64"), game);
     putFile(work.filePath("game.v64"), swapped(game));
     putFile(work.filePath("evil.z64"), image(game.left(8), "../b"));
@@ -96,13 +96,15 @@ class Call
 public:
     explicit Call(FuzzInput *input) : m_input(input)
     {
-        static const char *const commands[] = {"info",          "convert",     "list",   "extract", "replace",
-                                               "import-folder", "import-pack", "search", "verify",  "checksum"};
         const int kind = input->below(16);
-        m_command = kind == 0 ? text() : kind == 1 ? QStringLiteral("demo") : QString::fromLatin1(input->oneOf(commands));
+        const cli::Command &command = cli::commands().at(input->below(cli::commands().size()));
+        m_command = kind == 0 ? text() : command.name;
+        m_options = command.options;
         m_arguments << QStringLiteral("quillary-cli") << m_command;
         // Without it, the profiles are beside the program, where nothing may be written.
-        m_arguments << QStringLiteral("--profiles") << QStringLiteral("profiles");
+        const auto isProfiles = [](const QCommandLineOption &one) { return one.names().contains(QStringLiteral("profiles")); };
+        if (std::any_of(m_options.begin(), m_options.end(), isProfiles))
+            m_arguments << QStringLiteral("--profiles") << QStringLiteral("profiles");
         if (m_command == QLatin1String("demo"))
             m_arguments << text() << text(); // Not the one that it takes: drawing the demo cartridge takes long.
         else
@@ -165,28 +167,33 @@ private:
 
     void addOption()
     {
-        static const char *const flags[] = {"--json",   "--json",          "--in-place", "--in-place", "--dry-run",
-                                            "--no-add", "--gaps",          "--add",      "--fix",      "--first-only",
-                                            "--help",   "--no-subfolders", "--add",      "--"};
-        static const char *const options[] = {"--profile", "-o",        "--output", "--order",  "--offset",     "--width",
-                                              "--height",  "--palette", "--format", "--in",     "--formats",    "--chip",
-                                              "--resize",  "--output",  "--offset", "--format", "--duplicates", "--profiles"};
-        const int kind = m_input->below(12);
-        if (kind == 0) {
-            const QString odd = QLatin1String("-") + text();
+        const int kind = m_input->below(16);
+        if (kind == 0 || m_options.isEmpty()) {
             m_hasOddOption = true;
-            m_arguments << odd;
-        } else if (kind < 6) {
-            m_arguments << QString::fromLatin1(m_input->oneOf(flags));
-            m_hasOddOption = m_hasOddOption || m_arguments.last() == QLatin1String("--");
+            m_arguments << QLatin1String("-") + text();
+        } else if (kind == 1) {
+            m_hasOddOption = true;
+            m_arguments << QStringLiteral("--");
+        } else if (kind == 2) {
+            m_arguments << QStringLiteral("--help");
         } else {
-            const QString option = QString::fromLatin1(m_input->oneOf(options));
-            const QString value = valueOf(option);
-            if (m_input->flag() && option.startsWith(QLatin1String("--")))
-                m_arguments << option + QLatin1Char('=') + value;
-            else
-                m_arguments << option << value;
+            addKnownOption(m_options.at(m_input->below(m_options.size())));
         }
+    }
+
+    void addKnownOption(const QCommandLineOption &known)
+    {
+        const QString name = known.names().at(m_input->below(known.names().size()));
+        const QString option = (name.size() == 1 ? QStringLiteral("-") : QStringLiteral("--")) + name;
+        if (known.valueName().isEmpty()) {
+            m_arguments << option;
+            return;
+        }
+        const QString value = valueOf(option);
+        if (m_input->flag() && name.size() > 1)
+            m_arguments << option + QLatin1Char('=') + value;
+        else
+            m_arguments << option << value;
     }
 
     QString valueOf(const QString &option)
@@ -222,6 +229,7 @@ private:
 
     FuzzInput *m_input;
     QString m_command;
+    QList<QCommandLineOption> m_options; ///< Those that the command has.
     QString m_image;
     QStringList m_arguments;
     bool m_hasOddOption = false;
