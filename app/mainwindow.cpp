@@ -99,10 +99,10 @@ QProgressDialog *MainWindow::createProgressDialog(const QString &label, const QS
                                        : new QProgressDialog(label, cancelText, 0, maximum, this);
     dialog->setObjectName(QStringLiteral("progressDialog"));
     dialog->setWindowFlags(dialog->windowFlags() & ~Qt::WindowContextHelpButtonHint);
+    dialog->setMinimumDuration(progressDelay);
+    dialog->setWindowModality(Qt::WindowModal);
     if (cancelText.isNull())
         dialog->setCancelButton(nullptr);
-    dialog->setWindowModality(Qt::WindowModal);
-    dialog->setMinimumDuration(progressDelay);
     return dialog;
 }
 

@@ -47,7 +47,6 @@ public:
         m_grid->addWidget(field, m_row, 1);
         keepWidth(0, label->sizeHint().width());
         ++m_row;
-        m_grid->setColumnMinimumWidth(0, std::max(m_grid->columnMinimumWidth(0), label->sizeHint().width()));
         return label;
     }
 
