@@ -416,6 +416,8 @@ void MainWindow::saveDirectoryInfo()
         updateChildrenInTree(folder);
     }
     showFolderFields(*folder);
+    if (currentROM.lastSelectedTexture && liesInside(*currentROM.lastSelectedTexture, *folder))
+        showPath(m_texturePath, currentROM.lastSelectedTexture->path() + currentROM.lastSelectedTexture->name);
     updateDirectoryInTree(folder);
     sortByCurrentColumn();
     statusBar()->showMessage(tr("The changes to the last selected folder has been saved."), savedMessageTime);

@@ -105,6 +105,7 @@ private slots:
     void movedFolder();
     void unmovedFolderLeavesItsContents();
     void movedFolderRefreshesTheTexturePanel();
+    void renamedFolderRefreshesTheTexturesPath();
     void movedSiblingLeavesTheTexturePanel();
     void savingTheTextureKeepsItsFixedAddress();
     void savesTexture();
@@ -667,6 +668,16 @@ void TestPanels::movedFolderRefreshesTheTexturePanel()
     window.press("folderSave");
     QCOMPARE(window.text("textureAddress"), QStringLiteral("0x000001A8"));
     QVERIFY(window.find<QLabel>("previewLabel")->pixmap(Qt::ReturnByValue).toImage() != before);
+}
+
+void TestPanels::renamedFolderRefreshesTheTexturesPath()
+{
+    PanelWindow window;
+    window.select(window.sky);
+    window.select(window.a);
+    window.type("folderName", "Renamed");
+    window.press("folderSave");
+    QCOMPARE(window.text("texturePath"), QStringLiteral("Root/Renamed/Sky"));
 }
 
 void TestPanels::movedSiblingLeavesTheTexturePanel()
