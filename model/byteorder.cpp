@@ -104,7 +104,9 @@ QString cartridgeIdentifier(const QByteArray &image)
 {
     if (image.size() < headerBytes)
         return QString();
-    const char *characters = image.constData() + identifierOffset;
-    return QString::fromLatin1(characters, int(qstrnlen(characters, identifierLength)))
-        + QString::number(quint8(image.at(versionOffset)));
+    QByteArray characters = image.mid(identifierOffset, identifierLength);
+    const int end = characters.indexOf('\0');
+    if (end >= 0)
+        characters.truncate(end);
+    return QString::fromLatin1(characters) + QString::number(quint8(image.at(versionOffset)));
 }
