@@ -91,7 +91,8 @@ QByteArray encodedColours(TexelCoding coding, const PixelSource &source, int byt
         encodeColours(coding, pixels, source.count(), out);
         return result;
     }
-    std::array<QRgb, chunkPixels> chunk {};
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): clearing it takes as long as encoding a small texture
+    std::array<QRgb, chunkPixels> chunk;
     for (qint64 first = 0; first < source.count(); first += chunkPixels) {
         const int count = int(std::min(source.count() - first, qint64(chunkPixels)));
         source.colours(first, count, chunk.data());
@@ -108,7 +109,8 @@ QByteArray encodedIndices(TexelCoding coding, const PixelSource &source, int byt
         source.indices(0, bytes, out);
         return result;
     }
-    std::array<uchar, chunkPixels> chunk {};
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): clearing it takes as long as encoding a small texture
+    std::array<uchar, chunkPixels> chunk;
     for (qint64 first = 0; first < source.count(); first += chunkPixels) {
         const int count = int(std::min(source.count() - first, qint64(chunkPixels)));
         source.indices(first, count, chunk.data());
