@@ -43,6 +43,15 @@ Ended start(const QStringList &arguments)
 }
 
 /// Sends an interrupt to \a process, unless it has ended: no id would mean this program's whole group.
+/// Has \a process, if it counts coverage, do so below \a folder: interrupted while it ends, it leaves counters half written, on
+/// which the counting of all others would fail.
+void keepCountersIn(const QString &folder, QProcess *process)
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("GCOV_PREFIX"), folder);
+    process->setProcessEnvironment(environment);
+}
+
 bool interrupt(const QProcess &process)
 {
     const auto id = pid_t(process.processId());
@@ -111,7 +120,9 @@ private slots:
     void interruptEndsAnExtractionBetweenTwoFiles()
     {
         addProfileOf(20000);
+        const QTemporaryDir counters;
         QProcess process;
+        keepCountersIn(counters.path(), &process);
         process.start(QUILLARY_CLI_PROGRAM,
                       {"extract", m_path, "--profiles", m_folder->filePath("profiles"), "-o", m_folder->filePath("out")});
         QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(m_folder->filePath("out/Root/0.png")), 60000);
@@ -131,9 +142,11 @@ private slots:
     {
         const QByteArray before = cartridgeImage(4096);
         const QByteArray after = withReversedUnits(before, 2);
+        const QTemporaryDir counters;
         for (int milliseconds = 1; milliseconds < 40; milliseconds += 2) {
             writeFile(m_path, before);
             QProcess process;
+            keepCountersIn(counters.path(), &process);
             process.start(QUILLARY_CLI_PROGRAM, {"convert", m_path, "--order", "v64", "--in-place"});
             QVERIFY(process.waitForStarted());
             QTest::qSleep(milliseconds);
