@@ -43,7 +43,7 @@ private:
 /// when there is none.
 QString keepDamagedCopy(const QString &path)
 {
-    const QString copy = path + QLatin1String(".damaged");
+    QString copy = path + QLatin1String(".damaged");
     // Whoever the profile came from may have put a link there, which must not be written through.
     if (QFileInfo(copy).isSymLink())
         QFile::remove(copy);

@@ -33,7 +33,7 @@ bool openPicture(QFile *file)
 /// files could ask for much time and memory. What is far larger than any texture has to bring some bytes along.
 bool isProportionate(const QSize &size, qint64 bytes)
 {
-    constexpr qint64 pixelsForNothing = 16 * 1024 * 1024;
+    constexpr qint64 pixelsForNothing = qint64(16) * 1024 * 1024;
     constexpr qint64 pixelsPerByte = 64;
     const qint64 pixels = qint64(size.width()) * size.height();
     return pixels <= pixelsForNothing || pixels / pixelsPerByte <= bytes;

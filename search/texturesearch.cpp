@@ -12,7 +12,7 @@
 
 qint64 mostPatternBytes(qint64 rangeSize)
 {
-    constexpr qint64 alwaysAllowed = 1024 * 1024;
+    constexpr qint64 alwaysAllowed = qint64(1024) * 1024;
     return qMax(rangeSize / 32 * 3, alwaysAllowed);
 }
 
@@ -62,7 +62,7 @@ bool TextureSearch::runOne(const QString &file)
 /// with it and those after it.
 bool TextureSearch::searchFor(const QStringList &files, int place)
 {
-    const QString file = files.at(place);
+    const QString &file = files.at(place);
     if (m_nextPicture == m_pictures.size())
         loadBatch(files, place);
     if (m_nextPicture == m_pictures.size())

@@ -14,6 +14,8 @@
 #include <QFileInfo>
 #include <QImage>
 
+#include <algorithm>
+
 namespace
 {
 class ExtractionTexts
@@ -49,17 +51,22 @@ QByteArray encodedAsPng(QImage image)
     return image.save(&buffer, "PNG") ? buffer.data() : QByteArray();
 }
 
+/// Characters that lead from one folder to another on the system at hand.
+constexpr const char *pathCharacters()
+{
+#ifdef Q_OS_WIN
+    return "/\\:";
+#else
+    return "/";
+#endif
+}
+
 /// Whether \a name stays within its folder when it is used as a file name. An empty one does: the folder itself.
 bool staysInFolder(const QString &name)
 {
-    // NOLINTNEXTLINE(readability-simplify-boolean-expr): Windows asks for more
-    if (name == QLatin1String("..") || name.contains(QLatin1Char('/')) || name.contains(QChar(0)))
-        return false;
-#ifdef Q_OS_WIN
-    return !name.contains(QLatin1Char('\\')) && !name.contains(QLatin1Char(':'));
-#else
-    return true;
-#endif
+    const QLatin1String leading(pathCharacters());
+    return name != QLatin1String("..") && !name.contains(QChar(0))
+        && std::none_of(leading.begin(), leading.end(), [&name](char c) { return name.contains(QLatin1Char(c)); });
 }
 
 class FolderExtractor
