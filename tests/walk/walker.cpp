@@ -516,8 +516,10 @@ void Walker::fillGrid()
     const QString path = m_random.oneOf(paths);
     if (!grid->item(row, column))
         grid->setItem(row, column, new QTableWidgetItem(path));
-    else
+    else if (grid->item(row, column)->text() != path)
         grid->item(row, column)->setText(path);
+    else
+        return; // No change, so nothing is looked up anew in what may be another table by now.
     const QColor expected = fileTreeContainer().fileFromPath(path) ? QColor(0, 255, 0) : QColor(255, 0, 0);
     if (grid->item(row, column)->background().color() != expected)
         m_problem = QStringLiteral("the grid's colour of ") + path;
