@@ -3,7 +3,7 @@
 
 #include "app/inputblocker.h"
 #include "app/messagebox.h"
-#include "model/debuglog.h"
+#include "base/debuglog.h"
 #include "resources/resources.h"
 
 #include <QAction>

@@ -3,8 +3,8 @@
 
 #include "app/messagebox.h"
 #include "app/treerow.h"
-#include "model/debuglog.h"
-#include "model/hexnumber.h"
+#include "base/debuglog.h"
+#include "base/hexnumber.h"
 #include "persist/filelist.h"
 #include "persist/imagefile.h"
 #include "persist/savefile.h"

@@ -4,7 +4,7 @@
 #include "app/messagebox.h"
 #include "app/waitcursor.h"
 #include "model/byteorder.h"
-#include "model/debuglog.h"
+#include "base/debuglog.h"
 #include "persist/imagefile.h"
 #include "persist/savefile.h"
 

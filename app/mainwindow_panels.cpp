@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "app/mainwindow.h"
 
-#include "model/hexnumber.h"
-#include "model/wrapping.h"
+#include "base/hexnumber.h"
+#include "base/wrapping.h"
 
 #include <QCheckBox>
 #include <QGridLayout>

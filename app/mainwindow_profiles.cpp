@@ -2,7 +2,7 @@
 #include "app/mainwindow.h"
 
 #include "app/messagebox.h"
-#include "model/debuglog.h"
+#include "base/debuglog.h"
 #include "persist/profilestore.h"
 
 #include <QCheckBox>

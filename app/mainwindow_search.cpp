@@ -2,9 +2,9 @@
 #include "app/mainwindow.h"
 
 #include "app/waitcursor.h"
-#include "model/debuglog.h"
-#include "model/hexnumber.h"
-#include "model/wrapping.h"
+#include "base/debuglog.h"
+#include "base/hexnumber.h"
+#include "base/wrapping.h"
 #include "search/findtexturedialog.h"
 #include "search/searchobserver.h"
 #include "search/texturesearch.h"

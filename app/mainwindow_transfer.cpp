@@ -3,7 +3,7 @@
 
 #include "app/messagebox.h"
 #include "app/waitcursor.h"
-#include "model/progress.h"
+#include "base/progress.h"
 #include "transfer/extraction.h"
 #include "transfer/folderimport.h"
 #include "transfer/replacement.h"

@@ -2,8 +2,8 @@
 #include "app/mainwindow.h"
 
 #include "codec/texturemanipulator.h"
-#include "model/hexnumber.h"
-#include "model/wrapping.h"
+#include "base/hexnumber.h"
+#include "base/wrapping.h"
 #include "widgets/onelinedelegate.h"
 
 #include <QDebug>

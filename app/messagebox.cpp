@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/messagebox.h"
 
-#include "model/printabletext.h"
+#include "base/printabletext.h"
 
 #include <QPushButton>
 

@@ -3,7 +3,7 @@
 #include "benchmark.h"
 
 #include "codec/texturemanipulator.h"
-#include "tests/codec/naivecodec.h"
+#include "tests/unit/codec/naivecodec.h"
 
 #include <QRandomGenerator>
 

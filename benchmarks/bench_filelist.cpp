@@ -3,7 +3,7 @@
 #include "benchmark.h"
 
 #include "app/mainwindow.h"
-#include "model/hexnumber.h"
+#include "base/hexnumber.h"
 #include "persist/filelist.h"
 
 #include <QApplication>

@@ -5,7 +5,7 @@
 #include "cli/interrupt.h"
 #include "cli/output.h"
 #include "cli/terminalprogress.h"
-#include "model/hexnumber.h"
+#include "base/hexnumber.h"
 #include "model/rom.h"
 #include "persist/imagefile.h"
 #include "persist/savefile.h"

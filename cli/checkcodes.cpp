@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "cli/checkcodes.h"
 
-#include "model/hexnumber.h"
+#include "base/hexnumber.h"
 
 #include <QJsonObject>
 #include <QJsonValue>

@@ -2,7 +2,7 @@
 #include "cli/describedtexture.h"
 
 #include "cli/arguments.h"
-#include "model/hexnumber.h"
+#include "base/hexnumber.h"
 #include "model/rom.h"
 
 #include <algorithm>

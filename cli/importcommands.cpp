@@ -3,7 +3,7 @@
 #include "cli/commandtable.h"
 #include "cli/output.h"
 #include "cli/profile.h"
-#include "cli/tablewalk.h"
+#include "model/tablewalk.h"
 #include "cli/terminalprogress.h"
 #include "cli/worklog.h"
 #include "model/rom.h"

@@ -5,7 +5,7 @@
 #include "cli/commandtable.h"
 #include "cli/output.h"
 #include "cli/profile.h"
-#include "model/hexnumber.h"
+#include "base/hexnumber.h"
 #include "model/rom.h"
 
 #include <QJsonArray>

@@ -3,8 +3,8 @@
 #include "cli/commandtable.h"
 #include "cli/output.h"
 #include "cli/profile.h"
-#include "cli/tablewalk.h"
-#include "model/hexnumber.h"
+#include "model/tablewalk.h"
+#include "base/hexnumber.h"
 #include "model/rom.h"
 #include "model/textureformat.h"
 

@@ -2,7 +2,7 @@
 #include "cli/output.h"
 
 #include "cli/command.h"
-#include "model/printabletext.h"
+#include "base/printabletext.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -24,7 +24,7 @@ void printJson(QTextStream &out, const QJsonObject &document)
     QString escaped;
     escaped.reserve(json.size());
     for (const QChar character : json) {
-        if (character != QLatin1Char('\n') && steersText(character))
+        if (character != QLatin1Char('\n') && isControlOrBidi(character))
             escaped += QStringLiteral("\\u%1").arg(character.unicode(), 4, 16, QLatin1Char('0'));
         else
             escaped += character;

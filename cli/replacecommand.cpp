@@ -4,10 +4,10 @@
 #include "cli/describedtexture.h"
 #include "cli/output.h"
 #include "cli/profile.h"
-#include "cli/tablewalk.h"
+#include "model/tablewalk.h"
 #include "cli/worklog.h"
 #include "codec/pictureloader.h"
-#include "model/hexnumber.h"
+#include "base/hexnumber.h"
 #include "model/rom.h"
 #include "transfer/replacement.h"
 

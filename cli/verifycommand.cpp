@@ -3,10 +3,10 @@
 #include "cli/commandtable.h"
 #include "cli/output.h"
 #include "cli/profile.h"
-#include "cli/tablewalk.h"
+#include "model/tablewalk.h"
 #include "cli/terminalprogress.h"
-#include "cli/verification.h"
-#include "model/hexnumber.h"
+#include "verify/verification.h"
+#include "base/hexnumber.h"
 #include "model/rom.h"
 
 #include <QJsonArray>

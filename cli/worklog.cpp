@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "cli/worklog.h"
 
-#include "model/hexnumber.h"
+#include "base/hexnumber.h"
 #include "model/rom.h"
 
 namespace cli

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "model/progress.h"
+#include "base/progress.h"
 #include "transfer/texturewriter.h"
 
 #include <QString>

@@ -6,7 +6,7 @@ if(QUILLARY_PROCESSORS EQUAL 0)
     set(QUILLARY_PROCESSORS 1)
 endif()
 
-set(QUILLARY_SOURCE_FOLDERS app benchmarks cli codec demo fuzz model persist search tests transfer widgets)
+set(QUILLARY_SOURCE_FOLDERS app base benchmarks cli codec demo fuzz model persist search tests transfer verify widgets)
 
 # quillary_missing_tool(TARGET PACKAGE): TARGET says what to install, and fails.
 function(quillary_missing_tool target package)

@@ -38,3 +38,11 @@ function(quillary_target target)
         target_link_options(${target} PUBLIC --coverage)
     endif()
 endfunction()
+
+# quillary_library(NAME SOURCE...): the library of a core folder, a part of quillary_core. Core code has no meta-objects.
+function(quillary_library name)
+    add_library(${name} STATIC ${ARGN})
+    quillary_target(${name})
+    set_target_properties(${name} PROPERTIES AUTOMOC OFF)
+    target_link_libraries(quillary_core INTERFACE ${name})
+endfunction()

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "model/rom.h"
 
-#include "model/debuglog.h"
+#include "base/debuglog.h"
 #include "model/jpegends.h"
 #include "model/textureformat.h"
-#include "model/wrapping.h"
+#include "base/wrapping.h"
 
 #include <QtEndian>
 

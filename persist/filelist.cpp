@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "persist/filelist.h"
 
-#include "model/hexnumber.h"
+#include "base/hexnumber.h"
 #include "model/rom.h"
 #include "model/textureformat.h"
 #include "persist/attributeguard.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "persist/profilestore.h"
 
-#include "model/folderbounds.h"
+#include "base/folderbounds.h"
 #include "persist/attributeguard.h"
 #include "persist/savefile.h"
 #include "persist/xmltext.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "search/picturefiles.h"
 
-#include "model/folderbounds.h"
+#include "base/folderbounds.h"
 
 #include <QDir>
 #include <QDirIterator>

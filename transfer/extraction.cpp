@@ -2,7 +2,7 @@
 #include "transfer/extraction.h"
 
 #include "codec/texturemanipulator.h"
-#include "model/folderbounds.h"
+#include "base/folderbounds.h"
 #include "model/textureformat.h"
 #include "persist/imagefile.h"
 #include "persist/savefile.h"

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "transfer/texturepack.h"
 
-#include "model/folderbounds.h"
-#include "model/hexnumber.h"
+#include "base/folderbounds.h"
+#include "base/hexnumber.h"
 #include "model/textureformat.h"
 #include "persist/imagefile.h"
 #include "transfer/debugline.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "widgets/onelinedelegate.h"
 
-#include "model/printabletext.h"
+#include "base/printabletext.h"
 
 QString OneLineDelegate::displayText(const QVariant &value, const QLocale &locale) const
 {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "widgets/texturepreviewarea.h"
 
-#include "model/debuglog.h"
+#include "base/debuglog.h"
 #include "model/rom.h"
 #include "model/textureformat.h"
 

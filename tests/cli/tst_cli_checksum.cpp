@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "bootimages.h"
+#include "support/bootimages.h"
 #include "commandcall.h"
 
 #include <QTemporaryDir>

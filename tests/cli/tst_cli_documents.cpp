@@ -2,8 +2,8 @@
 // What stands beside the program, the completion, the manual page and the page about scripts, knows all that it takes.
 #include "profilefolder.h"
 
-#include "bootimages.h"
-#include "cli/verification.h"
+#include "support/bootimages.h"
+#include "verify/verification.h"
 #include "model/textureformat.h"
 
 #include <QImage>
@@ -133,8 +133,8 @@ private slots:
             collectKeys(folder.call(more.first(), more.mid(1) + QStringList {"--json"}).json(), &keys);
         }
         collectKeys(call({"checksum", "--json", folder.imagePath()}).json(), &keys);
-        for (const cli::Finding finding : cli::allFindings())
-            keys.insert(cli::findingName(finding));
+        for (const Finding finding : allFindings())
+            keys.insert(findingName(finding));
         QVERIFY(keys.size() > 40);
         const QString page = document("docs/command-line.md");
         for (const QString &key : qAsConst(keys))

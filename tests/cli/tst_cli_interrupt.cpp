@@ -2,7 +2,7 @@
 // An interrupt that comes before a command writes leaves every file as it was.
 #include "profilefolder.h"
 
-#include "bootimages.h"
+#include "support/bootimages.h"
 #include "cli/interrupt.h"
 
 #include <QDirIterator>

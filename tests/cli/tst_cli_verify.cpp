@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "profilefolder.h"
 
-#include "cli/verification.h"
+#include "verify/verification.h"
 #include "support/images.h"
 
 #include <QJsonArray>
@@ -218,12 +218,12 @@ private slots:
 
     void differentBytesAreToldFromClearedOnes()
     {
-        QCOMPARE(cli::withClearTexelsCleared(QByteArray::fromHex("1122330011223344"), "rgba32"),
+        QCOMPARE(withClearTexelsCleared(QByteArray::fromHex("1122330011223344"), "rgba32"),
                  QByteArray::fromHex("0000000011223344"));
-        QCOMPARE(cli::withClearTexelsCleared(QByteArray::fromHex("FFFEFFFF"), "rgb5a1"), QByteArray::fromHex("0000FFFF"));
-        QCOMPARE(cli::withClearTexelsCleared(QByteArray::fromHex("E32F4411"), "ia4"), QByteArray::fromHex("030F0011"));
-        QCOMPARE(cli::withClearTexelsCleared(QByteArray::fromHex("F00FF1"), "ia8"), QByteArray::fromHex("000FF1"));
-        QCOMPARE(cli::withClearTexelsCleared(QByteArray::fromHex("F00FF1"), "i8"), QByteArray::fromHex("F00FF1"));
+        QCOMPARE(withClearTexelsCleared(QByteArray::fromHex("FFFEFFFF"), "rgb5a1"), QByteArray::fromHex("0000FFFF"));
+        QCOMPARE(withClearTexelsCleared(QByteArray::fromHex("E32F4411"), "ia4"), QByteArray::fromHex("030F0011"));
+        QCOMPARE(withClearTexelsCleared(QByteArray::fromHex("F00FF1"), "ia8"), QByteArray::fromHex("000FF1"));
+        QCOMPARE(withClearTexelsCleared(QByteArray::fromHex("F00FF1"), "i8"), QByteArray::fromHex("F00FF1"));
     }
 
 private:

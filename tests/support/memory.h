@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "model/hexnumber.h"
+#include "base/hexnumber.h"
 #include "model/rom.h"
 #include "persist/filelist.h"
 

@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QString>
+
+/// Whether \a character steers what is shown around it instead of showing itself: control characters, separators of lines and
+/// paragraphs, and those that change the direction of writing.
+bool isControlOrBidi(QChar character);
+
+/// \a text, which may come from anywhere, for one line that is read by the user: each character that isControlOrBidi() is replaced by
+/// the replacement character.
+QString printableText(QString text);
