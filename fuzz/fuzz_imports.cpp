@@ -7,9 +7,9 @@
 #include "scratchfolder.h"
 #include "tablecheck.h"
 
+#include "base/crc32.h"
 #include "codec/pictureloader.h"
 #include "codec/texturemanipulator.h"
-#include "model/headerchecksum.h"
 #include "model/textureformat.h"
 #include "transfer/folderimport.h"
 #include "transfer/texturepack.h"

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "model/headerchecksum.h"
 
-#include <QtEndian>
+#include "base/crc32.h"
 
-#include <array>
+#include <QtEndian>
 
 namespace
 {
@@ -11,18 +11,6 @@ constexpr int firstCodeOffset = 0x10;
 constexpr int secondCodeOffset = 0x14;
 constexpr int headerBytes = 0x40;
 constexpr int bootCodeEnd = 0x1000;
-
-constexpr std::array<quint32, 256> crcTable()
-{
-    std::array<quint32, 256> table {};
-    for (quint32 byte = 0; byte < 256; ++byte) {
-        quint32 remainder = byte;
-        for (int bit = 0; bit < 8; ++bit)
-            remainder = remainder & 1 ? remainder >> 1 ^ 0xEDB88320 : remainder >> 1;
-        table[byte] = remainder;
-    }
-    return table;
-}
 
 quint32 seedOf(BootChip chip)
 {
@@ -88,15 +76,6 @@ BootChip bootChipNamed(const QString &name)
             return chip;
     }
     return BootChip::Unknown;
-}
-
-quint32 crc32(const char *bytes, int size)
-{
-    static constexpr std::array<quint32, 256> table = crcTable();
-    quint32 remainder = 0xFFFFFFFF;
-    for (int i = 0; i < size; ++i)
-        remainder = remainder >> 8 ^ table[(remainder ^ quint8(bytes[i])) & 0xFF];
-    return ~remainder;
 }
 
 BootChip bootChipOf(const QByteArray &image)

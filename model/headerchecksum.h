@@ -33,9 +33,6 @@ struct CheckCodes
     bool operator!=(const CheckCodes &other) const { return !(*this == other); }
 };
 
-/// The CRC-32 (as in zip and PNG) of \a size bytes.
-quint32 crc32(const char *bytes, int size);
-
 /// The chip whose boot code the big-endian \a image carries; Unknown also when it is too short to carry one.
 BootChip bootChipOf(const QByteArray &image);
 

@@ -50,13 +50,18 @@ install_packages() {
 # What compiles the translations, and Qt's own texts in other languages.
 translation_packages=(qttools5-dev qttools5-dev-tools qttranslations5-l10n)
 
-# require_tools [PACKAGE...]: a compiler, CMake, a build tool and Qt, and further Debian packages
+# The libraries that the programs are built on.
+library_packages=(qtbase5-dev zlib1g-dev)
+
+# require_tools [PACKAGE...]: a compiler, CMake, a build tool and the libraries, and further Debian packages
 require_tools() {
     local missing=() package
     have c++ || have g++ || have clang++ || missing+=(g++)
     have cmake || missing+=(cmake)
     have ninja || have make || missing+=(ninja-build)
-    has_package qtbase5-dev || missing+=(qtbase5-dev)
+    for package in "${library_packages[@]}"; do
+        has_package "$package" || missing+=("$package")
+    done
     # Where something is installed anyway, let the quicker build tool come along.
     if [ ${#missing[@]} -gt 0 ] && ! have ninja && [[ " ${missing[*]} " != *" ninja-build "* ]]; then
         missing+=(ninja-build)

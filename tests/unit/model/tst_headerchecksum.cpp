@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "support/bootimages.h"
 
+#include "base/crc32.h"
 #include "model/headerchecksum.h"
 
 #include <QTest>
