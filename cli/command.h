@@ -35,7 +35,7 @@ class Arguments;
 /// One command: what it is called, what it takes, and what it does.
 struct Command
 {
-    QString name;
+    QString name; ///< One word, or two as in "patch create".
     QString summary; ///< One line for the list of commands.
     QString synopsis; ///< Its positional arguments, as in "IMAGE [PATH]".
     QString description; ///< What the help says about the arguments and the work.
