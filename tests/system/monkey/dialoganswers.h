@@ -16,13 +16,13 @@ class QMessageBox;
 class QWidget;
 class findTextureDialog;
 
-/// Answers every dialog, box and context menu that comes up while it lives as a user might, by choices of the walk's own.
+/// Answers every dialog, box and context menu that opens during its lifetime with random choices.
 class DialogAnswers : public QObject
 {
 public:
     DialogAnswers(WalkRandom *random, QStringList *trail);
 
-    /// What is chosen from in the dialogs of the next step.
+    /// The choices for the dialogs of the next operation.
     struct Choices
     {
         QStringList paths; ///< For file dialogs.
@@ -33,7 +33,7 @@ public:
         bool cancelsProgress = false;
     };
     void prepare(const Choices &choices);
-    /// How many dialogs came up since prepare().
+    /// Number of dialogs answered since prepare().
     int count() const { return m_count; }
 
 protected:

@@ -6,7 +6,7 @@
 #include <QImage>
 #include <QStringList>
 
-/// What the rows of the tree have to show, worked out anew from the table and the image.
+/// The expected contents of the tree rows, computed from the table and the image.
 
 QString hexCell(qint32 value);
 /// The sum of the addresses up to the root, by hand.

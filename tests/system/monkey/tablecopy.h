@@ -5,7 +5,7 @@
 
 #include <QByteArray>
 
-/// A file table of its own, which is freed with it.
+/// A separate file table; owns its nodes.
 class TableCopy
 {
 public:
@@ -15,19 +15,19 @@ public:
     TableCopy &operator=(const TableCopy &) = delete;
 
     fileTreeDirectory *root() { return m_root; }
-    /// Takes over what \a source holds, as copies.
+    /// Copies the contents of \a source.
     void copyContents(const fileTreeDirectory &source);
     /// Adds what \a list describes, for an image of \a imageSize bytes. False when it is damaged.
     bool read(const QByteArray &list, int imageSize);
-    /// The list that the table is saved as; sorts it.
+    /// The file list document of the table; sorts the table.
     QByteArray written();
 
 private:
     fileTreeDirectory *m_root;
 };
 
-/// The list that \a root would be saved as; \a root itself stays as it is.
+/// The file list document of \a root; does not change \a root.
 QByteArray listOf(const fileTreeDirectory &root);
 
-/// \a list as it is after it was read and saved again.
+/// \a list after it was read and saved again.
 QByteArray savedAgain(const QByteArray &list, int imageSize);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Users who do one thing after another, as chance has it, and what has to hold after each step.
-// QUILLARY_WALK_SEEDS (a number, or a range such as 1-200) and QUILLARY_WALK_STEPS make the walk a long one.
+// Monkey test: random operations in the window, with rules that are checked after each of them.
+// QUILLARY_WALK_SEEDS (a number, or a range such as 1-200) and QUILLARY_WALK_STEPS ask for longer runs.
 #include "system/monkey/walker.h"
 
 #include "support/tablewindow.h"

@@ -40,7 +40,7 @@ void keepWarnings(QtMsgType type, const QMessageLogContext &, const QString &tex
         std::fprintf(stderr, "%s\n", qPrintable(text));
         std::abort();
     }
-    // Not what the platform plugin and the reader of damaged JPEGs have to say.
+    // Messages of the platform plugin and of the JPEG reader do not count.
     const bool isOfQt = text.size() > 1 && text.at(0) == QLatin1Char('Q') && text.at(1).isUpper();
     if (isOfQt && type != QtDebugMsg && type != QtInfoMsg && warningsOfWalk)
         warningsOfWalk->append(text);
@@ -62,9 +62,9 @@ QString nameOf(const QTreeWidgetItem *row)
 }
 }
 
-const QList<Walker::Deed> &Walker::deeds()
+const QList<Walker::Operation> &Walker::operations()
 {
-    static const QList<Deed> list = {
+    static const QList<Operation> list = {
         {"click a row", 22, &Walker::clickRow},
         {"press a key in the tree", 14, &Walker::pressKeyInTree},
         {"click beside the rows", 2, &Walker::clickBesideRows},
@@ -157,15 +157,15 @@ QString Walker::step()
 {
     static const int total = [] {
         int sum = 0;
-        for (const Deed &deed : deeds())
-            sum += deed.weight;
+        for (const Operation &operation : operations())
+            sum += operation.weight;
         return sum;
     }();
     int place = m_random.below(total);
-    const Deed *chosen = nullptr;
-    for (const Deed &deed : deeds()) {
-        chosen = &deed;
-        place -= deed.weight;
+    const Operation *chosen = nullptr;
+    for (const Operation &operation : operations()) {
+        chosen = &operation;
+        place -= operation.weight;
         if (place < 0)
             break;
     }
@@ -175,7 +175,7 @@ QString Walker::step()
     m_problem.clear();
     m_rules->begin();
     QApplication::setActiveWindow(m_window.get()); // As a window manager does after a dialog.
-    (this->*chosen->doIt)();
+    (this->*chosen->run)();
     QCoreApplication::processEvents();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     return afterwards();
@@ -227,7 +227,7 @@ QList<QTreeWidgetItem *> Walker::rowsInView()
     return rows;
 }
 
-/// Some row, scrolled to so that it can be clicked.
+/// A random row, scrolled into view.
 QTreeWidgetItem *Walker::showRow()
 {
     const QList<QTreeWidgetItem *> rows = rowsInView();
@@ -285,7 +285,7 @@ void Walker::openContextMenu()
     QTreeWidgetItem *row = showRow();
     if (!row)
         return;
-    // The menu's entries lead on to whatever they do.
+    // An entry of the menu may open further dialogs.
     DialogAnswers::Choices choices;
     choices.paths = m_files.pictures() + m_files.pictureFolders() + m_files.packs();
     choices.pictures = m_files.pictures();
@@ -425,7 +425,7 @@ void Walker::importImage()
     trigger("importImageAction");
 }
 
-/// Drags \a files over \a target, and lets them go there where it takes them.
+/// Drags \a files over \a target and drops them if it accepts them.
 void Walker::drop(QWidget *target, const QStringList &files)
 {
     QMimeData data;
@@ -519,7 +519,7 @@ void Walker::fillGrid()
     else if (grid->item(row, column)->text() != path)
         grid->item(row, column)->setText(path);
     else
-        return; // No change, so nothing is looked up anew in what may be another table by now.
+        return; // No change: the cell is not looked up again, and the table may have changed since.
     const QColor expected = fileTreeContainer().fileFromPath(path) ? QColor(0, 255, 0) : QColor(255, 0, 0);
     if (grid->item(row, column)->background().color() != expected)
         m_problem = QStringLiteral("the grid's colour of ") + path;
@@ -644,7 +644,7 @@ void Walker::closeWindow()
     note(QLatin1String(closed ? "closed" : "stays"));
     if (!closed)
         return;
-    // The next morning.
+    // The program starts again.
     start();
     m_rules->begin();
     if (m_random.chance(80))

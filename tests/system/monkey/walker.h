@@ -17,26 +17,26 @@ class QPoint;
 class QTreeWidget;
 class QTreeWidgetItem;
 
-/// A user who does, step by step, what comes to mind, in a real window with real events. The same seed does the same.
+/// A monkey test: performs random operations in a real window with real events. The same seed gives the same operations.
 class Walker
 {
 public:
     explicit Walker(quint32 seed);
     ~Walker();
 
-    /// Does one thing. What is wrong after it; empty when nothing is.
+    /// Performs one operation. Returns the first rule that does not hold afterwards; empty when all hold.
     QString step();
-    /// What was done so far, a line each.
+    /// The operations so far, a line each.
     const QStringList &trail() const { return m_trail; }
 
 private:
-    struct Deed
+    struct Operation
     {
         const char *name;
         int weight;
-        void (Walker::*doIt)();
+        void (Walker::*run)();
     };
-    static const QList<Deed> &deeds();
+    static const QList<Operation> &operations();
 
     void start();
     QString afterwards();
@@ -102,5 +102,5 @@ private:
     std::unique_ptr<MainWindow> m_window;
     std::unique_ptr<WalkRules> m_rules;
     StepFacts m_facts;
-    QString m_problem; ///< Of the step itself.
+    QString m_problem; ///< Found by the operation itself.
 };

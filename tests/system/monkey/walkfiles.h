@@ -4,7 +4,7 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
-/// The files that a walk opens, imports, searches for and writes to, in a folder of its own.
+/// The files that a run opens, imports, searches for and writes to, in a temporary folder.
 class WalkFiles
 {
 public:
@@ -18,7 +18,7 @@ public:
     QStringList pictures() const;
     QStringList pictureFolders() const;
     QStringList packs() const;
-    /// Places to write to, some of which cannot be written.
+    /// Paths to write to; some cannot be written.
     QStringList targets(const QString &suffix) const;
     QStringList targetFolders() const;
     /// A table for the first cartridge.

@@ -6,8 +6,8 @@
 
 #include <random>
 
-/// The choices of a walk. A seed means the same choices everywhere: the generator is the standard's, and what it yields is
-/// brought into a range by hand, since the library's distributions differ from one implementation to the next.
+/// The random choices of a run. A seed gives the same choices on every system: the generator is std::mt19937, and the range is
+/// reduced here, because the distributions of the standard library differ between implementations.
 class WalkRandom
 {
 public:

@@ -9,23 +9,23 @@
 class MainWindow;
 class QTreeWidgetItem;
 
-/// What a step did that bears on what has to hold after it.
+/// What an operation may have changed; some rules depend on it.
 struct StepFacts
 {
     bool mayLoadImage = false;
     bool mayWriteImage = false;
     bool mayImportPack = false;
-    /// The texture over which a picture may have gone, with the refreshing that this brings.
+    /// The texture that a picture may have replaced; its rows are then refreshed.
     const fileTreeFile *replaced = nullptr;
 };
 
-/// What has to hold in the window and the table after whatever a user did.
+/// Rules that hold in the window and the table after every operation.
 class WalkRules
 {
 public:
     explicit WalkRules(MainWindow *window) : m_window(window) { }
 
-    /// Before each step.
+    /// Call before each operation.
     void begin();
     /// The first rule that does not hold; empty when all do.
     QString broken(const StepFacts &facts);
