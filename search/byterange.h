@@ -10,14 +10,13 @@ struct ByteRange
 {
     const char *data = nullptr;
     int size = 0;
-    /// What a position in the range is short of the address inside the folder: above 0 only for a range that would begin before
-    /// the image, whose first bytes do not exist.
+    /// Add this to a position in the range to get the offset in the folder. Above 0 only if the folder begins before the image.
     int cutInFront = 0;
 };
 
 constexpr int wordBytes = 8;
 
-/// The eight bytes at \a bytes, in the machine's order: words are compared and hashed, never read as numbers.
+/// The eight bytes at \a bytes in native order: words are only compared and hashed.
 inline quint64 wordAt(const char *bytes)
 {
     quint64 word = 0;
@@ -25,7 +24,7 @@ inline quint64 wordAt(const char *bytes)
     return word;
 }
 
-/// Spreads the bits of \a word; the upper ones of the result are the best mixed.
+/// A multiplicative hash of \a word; the upper bits are the best mixed.
 inline quint64 hashOfWord(quint64 word)
 {
     return (word ^ word >> 29) * Q_UINT64_C(0x9E3779B97F4A7C15);

@@ -52,7 +52,7 @@ findTextureDialog::findTextureDialog(QWidget *parent, QString description, const
     connect(m_selectFolder, &QPushButton::clicked, this, &findTextureDialog::setFolder);
 
     m_description->setObjectName(QStringLiteral("descriptionLabel"));
-    m_description->setTextFormat(Qt::PlainText); // It holds names of folders, which are data.
+    m_description->setTextFormat(Qt::PlainText); // Folder names are untrusted.
 
     m_search = new QPushButton(tr("Search"), this);
     m_search->setObjectName(QStringLiteral("searchButton"));
@@ -61,7 +61,7 @@ findTextureDialog::findTextureDialog(QWidget *parent, QString description, const
 
     createPathRow(fileName);
     createOptions();
-    // One after the other: Tab goes through them in the order in which they are made.
+    // The Tab order is the order of creation.
     QGroupBox *formatBox = createFormatBox();
     arrange(formatBox, createDuplicateBox());
 
@@ -77,7 +77,7 @@ void findTextureDialog::createPathRow(const QString &fileName)
     m_path->setText(fileName.isEmpty() ? tr("No image or folder has been selected") : fileName);
     m_path->setAccessibleName(tr("Image or folder"));
     m_path->setEnabled(false);
-    // It is only shown, but is to be read: not in the pale colour of what is out of use.
+    // The field is disabled but must be readable: use the colour of enabled text.
     QPalette colours = m_path->palette();
     colours.setColor(QPalette::Disabled, QPalette::Text, colours.color(QPalette::Active, QPalette::Text));
     m_path->setPalette(colours);
@@ -105,7 +105,7 @@ QGroupBox *findTextureDialog::createFormatBox()
     m_formats->setExclusive(false);
     const QMap<QString, textureFormat> formats = textureFormats::getAsMap();
     for (const textureFormat &format : formats) {
-        // A picture does not tell the palette that the texture uses, nor the bytes that a JPEG was compressed to.
+        // A picture determines neither the texture's palette nor the bytes of a JPEG.
         if (format.usesPalette || format.name == textureFormats::jpeg.name)
             continue;
         auto *choice = new QCheckBox(format.name, box);
@@ -153,7 +153,7 @@ void findTextureDialog::arrange(QGroupBox *formatBox, QGroupBox *duplicateBox)
     layout->addWidget(duplicateBox, 6, 0, 1, 2);
     layout->addWidget(m_search, 7, 0, 1, 2);
     layout->setSizeConstraint(QLayout::SetFixedSize);
-    setTabOrder(m_duplicateModes->buttons().last(), m_search); // It was made before what stands above it.
+    setTabOrder(m_duplicateModes->buttons().last(), m_search); // It is created before the widgets above it.
 }
 
 void findTextureDialog::setFile()
@@ -171,7 +171,7 @@ void findTextureDialog::setFolder()
         takePath(path, QDir(path).absolutePath(), true);
 }
 
-/// Shows the chosen \a path and keeps \a dialogPath, the folder where the next file dialog starts.
+/// Shows the chosen \a path and stores \a dialogPath, where the next file dialog starts.
 void findTextureDialog::takePath(const QString &path, const QString &dialogPath, bool isFolder)
 {
     QSettings(organisation(), application())

@@ -14,15 +14,15 @@ class QLabel;
 class QLineEdit;
 class QPushButton;
 
-/// Asks what a texture search is to look for, and hands that on: to the slot runFindTexture() of the widget that opened it, after
+/// Asks for the parameters of a texture search and emits them to the slot runFindTexture() of the widget that opened it, after
 /// closing itself and before exec() returns.
 class findTextureDialog : public QDialog
 {
     Q_OBJECT
 
 public:
-    /// \a parent gets the search() signal; the dialog is no child of it. \a description tells the user where is searched. The
-    /// path field starts with \a fileName, which names a folder when \a multiple is true; empty for none.
+    /// \a parent receives the search() signal; the dialog is not its child. \a description names the searched range. The path field
+    /// starts with \a fileName, a folder if \a multiple is true; empty for none.
     findTextureDialog(QWidget *parent, QString description, const QString &fileName, bool multiple);
 
 public slots:
@@ -30,9 +30,9 @@ public slots:
     void setFile();
     /// Asks for a folder of pictures.
     void setFolder();
-    /// Lists the pictures that the path stands for, and goes on with runSearch().
+    /// Lists the pictures at the chosen path and calls runSearch().
     void startSearch();
-    /// Closes the dialog and emits search() for \a files with what is checked.
+    /// Closes the dialog and emits search() for \a files with the checked options.
     void runSearch(const QStringList &files);
 
 signals:

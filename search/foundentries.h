@@ -8,22 +8,22 @@
 
 /// What to do with a found texture; the values are those of the dialog's choices.
 enum DuplicateMode {
-    OverwriteEntry = 0, ///< An equal entry of the folder makes room for it.
-    CreateNewEntry = 1, ///< It becomes an entry, whatever the folder has.
+    OverwriteEntry = 0, ///< It replaces an equal entry of the folder.
+    CreateNewEntry = 1, ///< It becomes a new entry in any case.
     DoNotCreateEntry = 2, ///< It is only reported.
 };
 
-/// The entries of one folder by address, format, width and height, kept current while entries are added and replaced. Answers
-/// like fileTreeDirectory::containsFile() with equality, without visiting the list.
+/// The entries of one folder, indexed by address, format, width and height. Gives the same answers as
+/// fileTreeDirectory::containsFile() with equality, in constant time.
 class EntryIndex
 {
 public:
-    /// Knows the entries that \a folder has now; changes have to be told.
+    /// Indexes the entries of \a folder; the caller reports later changes.
     explicit EntryIndex(const fileTreeDirectory &folder);
 
-    /// The first of the folder's entries, in list order, that equals \a entry, or null. From now on it counts as gone.
+    /// The first entry in list order that equals \a entry, or null. Removes it from the index.
     fileTreeFile *takeEqualTo(const fileTreeFile &entry);
-    /// \a entry becomes the folder's last.
+    /// Adds \a entry as the last one.
     void add(fileTreeFile *entry);
 
 private:
@@ -45,7 +45,7 @@ private:
                           seed);
         }
     };
-    /// Equal entries, in list order, are chained by their places in m_entries.
+    /// Equal entries are chained in list order by their indexes in m_entries.
     struct Chain
     {
         int first = -1;

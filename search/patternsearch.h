@@ -10,15 +10,15 @@
 
 #include <memory>
 
-/// Patterns to search for together, each different one kept once: among a game's pictures many look alike in some format.
+/// Patterns to search for together, without duplicates: many pictures of a game have the same bytes in some format.
 class PatternBatch
 {
 public:
-    /// Takes \a pattern in. Returns its place, or that of the equal one which is there already; -1 for an empty one.
+    /// Adds \a pattern. Returns its index, or that of an equal pattern; -1 for an empty pattern.
     int add(const QByteArray &pattern);
 
     const QVector<QByteArray> &patterns() const { return m_patterns; }
-    /// Of all patterns together.
+    /// Total size of the patterns.
     qint64 bytes() const { return m_bytes; }
 
 private:
@@ -27,20 +27,20 @@ private:
     qint64 m_bytes = 0;
 };
 
-/// Finds the copies of many byte patterns in one range: the same copies in the same order as searching for each pattern from the
-/// front, each time from the end of the copy before, but for the cost of reading the range a few times.
+/// Finds the copies of many byte patterns in one range, at the cost of reading the range a few times. The copies and their order are
+/// those of a plain search for each pattern from the front, where each search continues at the end of the previous copy.
 ///
-/// How a pattern is searched for depends on it. Most take part in one sweep for all. Flat ones, and those with a long flat part,
-/// are looked up in the list of the range's periodic runs. What is left, very short patterns and those made of what the range is
-/// full of, goes to plain substring search at the time its copies are asked for.
+/// There are three ways. One sweep serves most patterns together. Flat patterns, and patterns with a long flat part, are looked up in
+/// the list of periodic runs of the range. The rest, very short patterns and patterns of very frequent words, use plain substring
+/// search when their copies are asked for. docs/search.md explains and measures each.
 class PatternSearch
 {
 public:
-    /// Borrows \a range and \a steps for its lifetime. Once the work is unwanted, no more copies are found.
+    /// Borrows \a range and \a steps for its lifetime. After a cancellation no more copies are found.
     PatternSearch(const ByteRange &range, WorkSteps *steps);
 
-    /// Takes \a patterns in place of former ones and does what can be done for all of them at once. With \a firstOnly no more
-    /// than the first copy of each is going to be asked for.
+    /// Replaces the patterns and does the work that serves all of them. With \a firstOnly the caller asks only for the first
+    /// copy of each.
     void setPatterns(const QVector<QByteArray> &patterns, bool firstOnly);
 
     /// Walks the copies of one pattern.
@@ -52,9 +52,9 @@ public:
     private:
         friend class PatternSearch;
         int m_pattern;
-        int m_from = 0; ///< The end of the copy before.
-        bool m_isInsideRun = false; ///< The copy before lies in the run that is next to be looked at.
-        int m_step = 0; ///< How much of the pattern's positions, or of the runs, is behind.
+        int m_from = 0; ///< The end of the previous copy.
+        bool m_isInsideRun = false; ///< The previous copy lies in the current run.
+        int m_step = 0; ///< Index of the next position or run.
     };
 
     /// The position of the next copy, -1 when there is none.
@@ -65,14 +65,14 @@ private:
     struct Pattern : SweptPattern
     {
         Way way = Way::None;
-        int flatPeriod = wordBytes; ///< After how many bytes the flat part repeats.
-        PeriodicRun flatPart; ///< Of a pattern that is looked up in the runs.
+        int flatPeriod = wordBytes; ///< Period of the flat part, in bytes.
+        PeriodicRun flatPart; ///< For Way::Runs.
     };
 
     void sweepAll(bool firstOnly);
     QVector<Pattern *> sweep(const QVector<Pattern *> &patterns, int stride, bool firstOnly);
     static bool isFlat(const Pattern &pattern);
-    /// Lets \a pattern be looked up in the runs. False, and nothing changed, when no part of it is flat enough.
+    /// Switches \a pattern to Way::Runs. Returns false, and changes nothing, if no part of it is flat enough.
     bool lookUpInRuns(Pattern *pattern);
     static void keepSeparate(QVector<int> *positions, int size);
 
@@ -83,7 +83,7 @@ private:
 
     ByteRange m_range;
     WorkSteps *m_steps;
-    std::unique_ptr<WordSample> m_sample; ///< Made when first needed, as are the runs.
+    std::unique_ptr<WordSample> m_sample; ///< Made when first needed, like the runs.
     PeriodicRuns m_runs;
     QVector<QByteArray> m_bytes;
     QVector<Pattern> m_patterns;

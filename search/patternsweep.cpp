@@ -5,10 +5,10 @@
 
 namespace
 {
-/// What a candidate costs beside the bytes compared, in bytes read: it may wait for the pattern's bytes to come from memory.
+/// Fixed cost of a candidate, in bytes read: the pattern's bytes may not be in the cache.
 constexpr int candidateCost = 64;
 
-/// How many of a word's bytes equal their neighbour, 0 to 7: flat words are frequent, also where the sample has not seen them.
+/// Number of bytes in \a word that equal their neighbour, 0 to 7. Flat words are frequent even if the sample has none.
 int flatnessOf(quint64 word)
 {
     const quint64 neighbours = word ^ (word << 8 | word >> 56);
@@ -18,7 +18,7 @@ int flatnessOf(quint64 word)
     return equal;
 }
 
-/// How many bytes of the two are equal, counted from the first on, in whole blocks unless all are.
+/// Length of the common prefix of \a a and \a b, rounded down to whole blocks unless all \a size bytes are equal.
 int equalBytes(const char *a, const char *b, int size)
 {
     constexpr int block = 128;
@@ -49,7 +49,7 @@ int PatternSweep::rarestOffset(const SweptPattern &pattern, const WordSample &sa
     const int choices = (pattern.size - wordBytes - remainder) / m_stride + 1;
     int best = remainder;
     *score = std::numeric_limits<int>::max();
-    // From the middle on: what a picture shows is rarely at its edge.
+    // Start in the middle: the edges of a picture are often flat.
     for (int i = 0; i < qMin(choices, mostTries) && *score > goodEnough; ++i) {
         const int offset = remainder + (choices / 2 + i) % choices * m_stride;
         const quint64 word = wordAt(pattern.bytes + offset);
@@ -91,7 +91,7 @@ void PatternSweep::buildTable()
 {
     constexpr int filterBitsPerEntry = 32;
     constexpr int leastFilterBits = 15; // 4 KiB
-    constexpr int mostFilterBits = 23; // 1 MiB: beyond the inner caches it would cost more than it saves.
+    constexpr int mostFilterBits = 23; // 1 MiB: a larger filter does not fit into the L2 cache.
     const int bucketBits = bitsFor(m_entries.size());
     const int filterBits = qBound(leastFilterBits, bitsFor(qint64(m_entries.size()) * filterBitsPerEntry), mostFilterBits);
     m_bucketShift = 64 - bucketBits;
@@ -110,7 +110,7 @@ void PatternSweep::buildTable()
         m_filter[int(bit >> 6)] |= Q_UINT64_C(1) << (bit & 63);
         ++m_bucketStarts[int(hash >> m_bucketShift)];
     }
-    // Each start is first the bucket's end, and moves down as the bucket fills.
+    // Counting sort: each start begins as the end of its bucket and moves down while the bucket fills.
     quint32 sum = 0;
     for (quint32 &start : m_bucketStarts)
         start = sum += start;
@@ -194,7 +194,7 @@ qint64 PatternSweep::check(SweptPattern *pattern, int position, int offset)
 
 void PatternSweep::drop(SweptPattern *pattern, int position)
 {
-    // A copy that begins further on may have its word at a place not yet looked at.
+    // Copies that begin later than this may have their word at a place that was not read.
     const int complete = qMax(0, position - (pattern->size - wordBytes));
     pattern->completeBelow = complete;
     QVector<int> &positions = pattern->positions;

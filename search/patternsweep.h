@@ -9,41 +9,40 @@
 
 #include <limits>
 
-/// A pattern that takes part in a sweep, and what the sweep found out about it.
+/// A pattern in a sweep, and the result of the sweep for it.
 struct SweptPattern
 {
     const char *bytes = nullptr; ///< Borrowed.
     int size = 0;
-    /// Where its copies begin, in no order, copies that overlap included; all of those before completeBelow are there.
+    /// Positions of the copies, unsorted and including overlapping ones. Complete below completeBelow.
     QVector<int> positions;
-    /// The range's size unless the pattern proved too frequent and was dropped on the way.
+    /// The size of the range, or less if the pattern was too frequent and was dropped.
     int completeBelow = std::numeric_limits<int>::max();
 
-    /// For whoever wants the first copy only: none from here on is looked for.
+    /// With firstOnly: copies from here on are not needed.
     int endOfInterest = std::numeric_limits<int>::max();
-    int tellingWord = 0; ///< Offset of a word that is likely to tell a copy from what only resembles one.
-    qint64 workLeft = 0; ///< In bytes read.
+    int tellingWord = 0; ///< Offset of the rarest word, which is compared first.
+    qint64 workLeft = 0; ///< Budget, in bytes read.
 };
 
-/// Finds the copies of many patterns in one pass over a range, at any alignment. Of each pattern one word is taken for every
-/// remainder that its offset can have on division by the stride, the rarest there is, so that each copy has one of them at a
-/// multiple of the stride; a sweep that looks at those places alone sees every copy once.
+/// Finds the copies of many patterns in one pass over a range, at any alignment. For each remainder of an offset modulo the stride,
+/// a pattern contributes its rarest 8-byte word at such an offset to a hash table. Each copy then has exactly one of these words at a
+/// multiple of the stride, so a sweep over the multiples of the stride finds each copy once.
 class PatternSweep
 {
 public:
-    /// The stride is eight times an odd number: pictures repeat at powers of two, and a power of two as stride would see the same
-    /// column of each row.
+    /// The stride is eight times an odd number: rows of pictures are powers of two long, so a power of two as stride would always
+    /// read the same column.
     PatternSweep(const ByteRange &range, int stride);
 
     /// Shortest pattern that a sweep of \a stride can find.
     static constexpr int shortestPattern(int stride) { return stride + wordBytes - 1; }
 
-    /// Adds \a pattern, of at least shortestPattern() bytes. False, and nothing added, when its words are so frequent in the
-    /// range that it would be looked for in vain all the time.
+    /// Adds \a pattern, of at least shortestPattern() bytes. Returns false, and adds nothing, if its words are so frequent in the
+    /// range that most candidates would fail.
     bool add(SweptPattern *pattern, const WordSample &sample);
 
-    /// Fills the positions of all patterns added, of at most \a mostPositions copies together. False when the work was unwanted
-    /// before its end.
+    /// Fills the positions of all patterns, at most \a mostPositions together. Returns false if it was cancelled.
     bool run(bool firstOnly, int mostPositions, WorkSteps *steps);
 
 private:
@@ -56,7 +55,7 @@ private:
 
     int rarestOffset(const SweptPattern &pattern, const WordSample &sample, int remainder, int *score) const;
     void buildTable();
-    /// Looks at the patterns that have the word at \a position. Returns what that cost, in bytes read.
+    /// Checks the patterns that have the word at \a position. Returns the cost in bytes read.
     qint64 probe(int position, quint64 word, quint64 hash);
     qint64 check(SweptPattern *pattern, int position, int offset);
     void drop(SweptPattern *pattern, int position);
@@ -69,6 +68,6 @@ private:
     QVector<Entry> m_entries; ///< By bucket, once the table is built.
     QVector<quint32> m_bucketStarts;
     int m_bucketShift = 0;
-    QVector<quint64> m_filter; ///< One bit for each value of the hash's upper bits: whether any word has it.
+    QVector<quint64> m_filter; ///< A bit for each value of the upper bits of the hash: set if any word has it.
     int m_filterShift = 0;
 };

@@ -5,13 +5,12 @@
 
 namespace
 {
-/// One past the last byte that repeats the one eight before it, from \a position on: the end of the run that has the eight bytes
-/// before \a position.
+/// The end of the run that contains the eight bytes before \a position: one past the last byte that equals the byte eight before.
 int endOfRun(const char *data, int size, int position)
 {
     constexpr int block = 512;
     const auto wordRepeats = [data, &position] { return wordAt(data + position) == wordAt(data + position - wordBytes); };
-    // Most runs end at once, so the first word decides whether comparing blocks is worth its call.
+    // Most runs end in the first word, so compare that before calling memcmp on blocks.
     while (position <= size - block && wordRepeats() && std::memcmp(data + position, data + position - wordBytes, block) == 0)
         position += block;
     while (position <= size - wordBytes && wordRepeats())
@@ -28,7 +27,7 @@ int beginOfRun(const char *data, int position)
     return position;
 }
 
-/// Where a probe for the next run has to start: maximal runs share at most seven bytes.
+/// The position where the next run can begin: maximal runs share at most seven bytes.
 int firstBeyond(const PeriodicRun &run)
 {
     return run.end - wordBytes + 1;
@@ -49,12 +48,12 @@ PeriodicRun longestPeriodicRun(const char *bytes, int size)
 
 bool PeriodicRuns::build(const ByteRange &range, WorkSteps *steps)
 {
-    // The list takes at most a thirty-second of the range's size; a range of countless short runs gets the longer ones only.
+    // The list takes at most 1/32 of the memory of the range. With too many short runs the minimum length is doubled.
     const int mostRuns = range.size / 256 + 64;
     m_runs.clear();
     m_built = false;
     for (int position = 0; position <= range.size - 2 * wordBytes;) {
-        // Every run of the minimum length holds two whole words from one of these positions on.
+        // Every run of the minimum length contains two words at one of these positions.
         const int stride = m_minimumLength - 2 * wordBytes;
         if (wordAt(range.data + position) != wordAt(range.data + position + wordBytes)) {
             if (!steps->add(stride))

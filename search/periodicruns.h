@@ -6,8 +6,8 @@
 
 #include <QVector>
 
-/// The bytes from \a begin to before \a end, in which every byte equals the one eight further on. Flat areas of every format are
-/// such: one colour is one, two, four or, with a few more patterns, eight bytes that repeat.
+/// The bytes from \a begin to before \a end, in which every byte equals the one eight bytes later. Flat areas are such runs in every
+/// format: a colour is one, two or four bytes that repeat.
 struct PeriodicRun
 {
     int begin = 0;
@@ -19,18 +19,18 @@ struct PeriodicRun
 /// The longest periodic run in \a size bytes, the first of that length; empty when there are fewer than eight.
 PeriodicRun longestPeriodicRun(const char *bytes, int size);
 
-/// The long periodic runs of a range. A pattern that is flat, or has a long flat part, can only lie where such a run is: with the
-/// list it is found without reading the range again, where any search by content would stumble over every byte of every run.
+/// The long periodic runs of a range. A copy of a flat pattern, or of a pattern with a long flat part, lies at such a run. The list
+/// finds it without reading the range again; a search by content has a candidate at every byte of every run.
 class PeriodicRuns
 {
 public:
-    /// Reads \a range once. False when the work was unwanted before its end; the list is then of no use.
+    /// Reads \a range once. Returns false if it was cancelled; the list is then incomplete.
     bool build(const ByteRange &range, WorkSteps *steps);
 
     bool isBuilt() const { return m_built; }
-    /// Runs of at least this length are listed, all of them.
+    /// All runs of at least this length, in bytes, are in the list.
     int minimumLength() const { return m_minimumLength; }
-    /// As far as they can reach, by ascending begin and by ascending end; neighbours share less than eight bytes.
+    /// Maximal runs, ascending by begin and by end; neighbours share less than eight bytes.
     const QVector<PeriodicRun> &runs() const { return m_runs; }
 
 private:

@@ -5,5 +5,5 @@
 #include <QStringList>
 
 /// The paths of the files in \a folder that end in ".png", in the file system's order; with \a subfolders also of those in all
-/// folders below. Capitals in the ending do not count as such.
+/// folders below. The suffix is case-sensitive.
 QStringList picturesInFolder(const QString &folder, bool subfolders);

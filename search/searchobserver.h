@@ -8,27 +8,27 @@
 
 class fileTreeFile;
 
-/// What a search tells whoever runs it, in this order for each picture: that it begins, then either that it cannot be read or
-/// each copy found, then what became of the copies, and last the value.
+/// Callbacks of a search, in this order for each picture: it begins; it cannot be read, or each copy found; the outcome of each
+/// copy; the progress value.
 class SearchObserver : public Progress
 {
 public:
-    /// Asked while much is read at a stretch, at least every few milliseconds: whether the user has cancelled. It may let only
-    /// some of the calls handle events. cancelled() is asked once per picture, format and copy, and always handles them.
+    /// Cancellation polling inside long reads, at least every few milliseconds; it need not process events on each call.
+    /// cancelled() is called once for each picture, format and copy, and always processes events.
     virtual bool interrupted() { return cancelled(); }
 
-    /// The search turns to \a file, the \a number-th, counted from 1, of \a count.
+    /// The search starts with \a file, number \a number of \a count, counted from 1.
     virtual void beginPicture(const QString & /*file*/, int /*number*/, int /*count*/) { }
-    /// There is no picture in \a file, or none that can be loaded; the search goes on with the next.
+    /// \a file is no picture that can be loaded; the search continues with the next.
     virtual void cannotReadPicture(const QString & /*file*/) { }
     /// A copy of the picture in \a format lies at \a position of the range.
     virtual void foundCopy(const QString & /*format*/, int /*position*/) { }
 
-    /// \a entries are about to leave their folder for equal ones: the last moment to let go of what shows them.
+    /// \a entries are about to be replaced by equal ones: the last moment to remove what shows them.
     virtual void beforeReplacing(const QVector<fileTreeFile *> & /*entries*/) { }
-    /// \a entries have become the last of their folder's, in this order.
+    /// \a entries have been appended to their folder, in this order.
     virtual void entriesAdded(const QVector<fileTreeFile *> & /*entries*/) { }
     enum class Outcome { Overwrote, Added, Ignored };
-    /// What became of one copy; once for each, in the order found, before the changes are made.
+    /// The outcome of one copy; called once for each, in the order found, before the table changes.
     virtual void copyHandled(Outcome) { }
 };

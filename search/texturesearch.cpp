@@ -58,15 +58,14 @@ bool TextureSearch::runOne(const QString &file)
     return searchFor({file}, 0);
 }
 
-/// Searches for the picture in \a files at \a place, which is the next of the batch; when none is left, the batch is first filled
-/// with it and those after it.
+/// Searches for the picture at index \a place of \a files. If the batch is used up, first fills it from there on.
 bool TextureSearch::searchFor(const QStringList &files, int place)
 {
     const QString &file = files.at(place);
     if (m_nextPicture == m_pictures.size())
         loadBatch(files, place);
     if (m_nextPicture == m_pictures.size())
-        return false; // Cancelled before the picture was there.
+        return false; // Cancelled while loading.
     const Picture picture = m_pictures.at(m_nextPicture++);
     if (!picture.isReadable) {
         m_observer->cannotReadPicture(file);
@@ -79,7 +78,7 @@ bool TextureSearch::searchFor(const QStringList &files, int place)
 
 void TextureSearch::loadBatch(const QStringList &files, int first)
 {
-    // What a picture takes beside its patterns.
+    // Memory of a picture besides its patterns.
     constexpr qint64 bytesPerPicture = 1024;
     m_pictures.clear();
     m_nextPicture = 0;
@@ -92,11 +91,11 @@ void TextureSearch::loadBatch(const QStringList &files, int first)
     m_patternSearch->setPatterns(batch.patterns(), m_options.firstOnly);
 }
 
-/// Loads the picture in \a file and encodes it in every format. False when the user has cancelled.
+/// Loads the picture in \a file and encodes it in every format. Returns false after a cancellation.
 bool TextureSearch::addToBatch(const QString &file, PatternBatch *batch)
 {
     const QImage image = loadPicture(file, [this] { return !m_steps->add(WorkSteps::bytesPerStep); });
-    if (m_steps->isUnwanted())
+    if (m_steps->isCancelled())
         return false;
     Picture picture;
     picture.isReadable = !image.isNull();
@@ -115,7 +114,7 @@ bool TextureSearch::addToBatch(const QString &file, PatternBatch *batch)
     return true;
 }
 
-/// The bytes to search for; none where the format cannot be encoded, and none where they would not fit in the range anyway.
+/// The bytes to search for; empty if the format cannot be encoded or the bytes do not fit in the range.
 QByteArray TextureSearch::encoded(const QImage &image, const textureFormat &format) const
 {
     const double size = std::ceil(double(image.width()) * image.height() * format.bytesPerPixel);
@@ -135,11 +134,11 @@ QVector<TextureSearch::Hit> TextureSearch::collectHits(const Picture &picture)
     return hits;
 }
 
-/// For a picture whose patterns together would be too much: as collectHits(), but with one pattern at a time.
+/// Like collectHits(), for a picture whose patterns exceed a batch: one pattern at a time.
 QVector<TextureSearch::Hit> TextureSearch::collectHitsOfLarge(const QString &file)
 {
     QVector<Hit> hits;
-    // The batch's patterns are still needed for the pictures that follow.
+    // The batch is still needed for the following pictures.
     if (!m_searchForLarge)
         m_searchForLarge = std::make_unique<PatternSearch>(m_range, m_steps.get());
     const QImage image = loadPicture(file, [this] { return !m_steps->add(WorkSteps::bytesPerStep); });
@@ -158,7 +157,7 @@ QVector<TextureSearch::Hit> TextureSearch::collectHitsOfLarge(const QString &fil
     return hits;
 }
 
-/// Appends the copies of a pattern to \a hits. False when the picture's search is to end with that.
+/// Appends the copies of a pattern to \a hits. Returns false if the search for the picture ends here.
 bool TextureSearch::collectHitsOfPattern(PatternSearch *search, int pattern, int format, QVector<Hit> *hits)
 {
     const QString name = *std::next(m_options.formats.keyBegin(), format);
@@ -177,8 +176,8 @@ bool TextureSearch::collectHitsOfPattern(PatternSearch *search, int pattern, int
 bool TextureSearch::isCancelled()
 {
     if (m_observer->cancelled())
-        m_steps->setUnwanted();
-    return m_steps->isUnwanted();
+        m_steps->cancel();
+    return m_steps->isCancelled();
 }
 
 void TextureSearch::storeHits(const QVector<Hit> &hits, const QString &name, const Picture &picture)

@@ -16,40 +16,39 @@ class QImage;
 class SearchObserver;
 class WorkSteps;
 
-/// What to search for, beside the pictures.
+/// Options of a search.
 struct TextureSearchOptions
 {
-    QMap<QString, textureFormat> formats; ///< By name, in whose order they are tried.
+    QMap<QString, textureFormat> formats; ///< Tried in the order of their names.
     bool firstOnly = true; ///< A picture's search ends with the first copy.
     int duplicateMode = OverwriteEntry; ///< A DuplicateMode.
 };
 
-/// Bytes of patterns to keep at once for a range of \a rangeSize bytes. With the sweep's tables, the list of runs and the copies
-/// found, a batch then stays within a quarter of the range's size; in a small range within a few MiB.
+/// Maximum bytes of patterns in a batch for a range of \a rangeSize bytes. With the tables of the sweep, the list of runs and the
+/// copies, a batch then needs at most a quarter of the memory of the range; in a small range a few MiB.
 qint64 mostPatternBytes(qint64 rangeSize);
 
-/// The bytes of the loaded image that \a folder covers: its size from its real address on, cut at both ends of the image.
+/// The bytes of the loaded image in the region of \a folder, cut at both ends of the image.
 ByteRange rangeOfFolder(const fileTreeDirectory &folder);
 
-/// Searches a folder's range of the loaded image for the encoded bytes of pictures, at any alignment, and makes entries of the
-/// copies, named after the picture's file.
+/// Searches the region of a folder for the encoded bytes of pictures, at any alignment, and adds entries for the copies, named after
+/// the picture file.
 ///
-/// What is found, in which order, and what the observer hears of it and when, is as if each picture were loaded, encoded in one
-/// format after the other, and searched for from the front of the range, each time from the end of the copy before. The work
-/// itself is done ahead for as many pictures as fit in a quarter of the range's size, because searching for many patterns costs
-/// hardly more than for one.
+/// The results, their order and the callbacks are those of a search that loads one picture after the other, encodes it in each format
+/// and searches from the front, each time from the end of the previous copy. Internally pictures are searched for in batches, because
+/// a search for many patterns costs little more than a search for one.
 class TextureSearch
 {
 public:
-    /// Borrows \a folder and \a observer. While the search lives, the loaded image must stay as it is, and the folder's entries
-    /// must be changed by nobody else.
+    /// Borrows \a folder and \a observer. During its lifetime the loaded image must not change, and the folder's entries only through
+    /// the search.
     TextureSearch(fileTreeDirectory *folder, const TextureSearchOptions &options, SearchObserver *observer);
     ~TextureSearch();
 
-    /// Searches for the pictures in \a files. Returns whether any copy was found. Ends early once the observer has it cancelled;
-    /// copies of the current picture found till then still become entries.
+    /// Searches for the pictures in \a files. Returns whether any copy was found. A cancellation ends it early; copies of the current
+    /// picture found so far are still added.
     bool run(const QStringList &files);
-    /// Searches for one picture, without the word that it begins and without the value.
+    /// Searches for one picture, without beginPicture() and setValue().
     bool runOne(const QString &file);
 
 private:
@@ -58,12 +57,12 @@ private:
         int width = 0;
         int height = 0;
         bool isReadable = false;
-        bool isLarge = false; ///< Its patterns are not kept but made, and searched for, one after the other.
-        QVector<int> patterns; ///< By format: a place in the batch's patterns, -1 where there is nothing to search for.
+        bool isLarge = false; ///< Its patterns are made and searched for one at a time.
+        QVector<int> patterns; ///< By format: index in the batch, -1 for none.
     };
     struct Hit
     {
-        int format; ///< Place in the order of names.
+        int format; ///< Index in the order of names.
         int position;
     };
 
@@ -85,8 +84,8 @@ private:
     ByteRange m_range;
     std::unique_ptr<WorkSteps> m_steps;
     std::unique_ptr<PatternSearch> m_patternSearch;
-    std::unique_ptr<PatternSearch> m_searchForLarge; ///< Made when the first picture needs it.
-    std::unique_ptr<EntryIndex> m_entries; ///< Made when the first copy could overwrite one.
+    std::unique_ptr<PatternSearch> m_searchForLarge; ///< Made for the first large picture.
+    std::unique_ptr<EntryIndex> m_entries; ///< Made for the first copy that can overwrite an entry.
     QVector<Picture> m_pictures; ///< Of the batch.
     int m_nextPicture = 0;
 };

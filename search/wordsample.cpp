@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "search/wordsample.h"
 
-// An odd step meets every alignment.
+// An odd step samples every alignment.
 WordSample::WordSample(const ByteRange &range) : m_counts(1 << slotBits), m_stride((range.size / sampledWords + 1) | 1)
 {
     quint16 *counts = m_counts.data();

@@ -5,15 +5,15 @@
 
 #include <QVector>
 
-/// Counts a sample of the eight-byte words of a range, to tell words that are frequent in it from rare ones.
+/// Counts a sample of the 8-byte words of a range, to tell frequent words from rare ones.
 class WordSample
 {
 public:
     explicit WordSample(const ByteRange &range);
 
-    /// How often the sample has \a word, or another that shares its slot: 0 for a word that is rare.
+    /// Number of sampled words in the hash slot of \a word; 0 for a rare word.
     int count(quint64 word) const { return m_counts.at(int(hashOfWord(word) >> (64 - slotBits))); }
-    /// How many words of the range one of the sample stands for.
+    /// Number of words of the range for each sampled word.
     int wordsPerSample() const { return m_stride; }
 
 private:

@@ -5,33 +5,32 @@
 
 #include <functional>
 
-/// Counts work in bytes read, and asks now and then whether it is still wanted, so that a cancelled search ends within a moment
-/// wherever its time goes.
+/// Polls for cancellation about once per megabyte of work, so that a cancelled search ends within milliseconds.
 class WorkSteps
 {
 public:
-    /// \a isUnwanted is asked about once per step's worth of work.
-    explicit WorkSteps(std::function<bool()> isUnwanted) : m_isUnwanted(std::move(isUnwanted)) { }
+    /// \a isCancelled is called once per bytesPerStep of work.
+    explicit WorkSteps(std::function<bool()> isCancelled) : m_isCancelled(std::move(isCancelled)) { }
 
-    /// Adds work that cost about as much as reading \a bytes. False once the work is unwanted.
+    /// Adds work that costs about as much as reading \a bytes. Returns false after a cancellation.
     bool add(qint64 bytes)
     {
         m_done += bytes;
-        if (m_done < bytesPerStep || m_unwanted)
-            return !m_unwanted;
+        if (m_done < bytesPerStep || m_cancelled)
+            return !m_cancelled;
         m_done = 0;
-        m_unwanted = m_isUnwanted();
-        return !m_unwanted;
+        m_cancelled = m_isCancelled();
+        return !m_cancelled;
     }
 
-    bool isUnwanted() const { return m_unwanted; }
-    void setUnwanted() { m_unwanted = true; }
+    bool isCancelled() const { return m_cancelled; }
+    void cancel() { m_cancelled = true; }
 
-    /// A few milliseconds at the slowest that plain substring search gets.
+    /// A few milliseconds of plain substring search in its worst case.
     static constexpr qint64 bytesPerStep = qint64(1024) * 1024;
 
 private:
-    std::function<bool()> m_isUnwanted;
+    std::function<bool()> m_isCancelled;
     qint64 m_done = 0;
-    bool m_unwanted = false;
+    bool m_cancelled = false;
 };
