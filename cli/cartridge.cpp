@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "cli/cartridge.h"
 
+#include "base/hexnumber.h"
 #include "cli/arguments.h"
 #include "cli/interrupt.h"
 #include "cli/output.h"
 #include "cli/terminalprogress.h"
-#include "base/hexnumber.h"
 #include "model/rom.h"
 #include "persist/imagefile.h"
 #include "persist/savefile.h"
@@ -48,18 +48,25 @@ ByteOrder byteOrderNamed(const QString &name)
     return ByteOrder::Unknown;
 }
 
+bool readImage(const QString &path, QByteArray *bytes, ByteOrder *order, Streams &streams)
+{
+    QString error;
+    if (!readWholeFile(path, bytes, &error)) {
+        streams.failed(QStringLiteral("Cannot read file %1: %2").arg(path, error));
+        return false;
+    }
+    *order = byteOrderOf(*bytes);
+    convert(bytes, *order, QStringLiteral("Reading %1").arg(path), streams);
+    return true;
+}
+
 bool openImage(const Arguments &arguments, OpenedImage *image, Streams &streams)
 {
     const QString path = arguments.positional(0);
     QByteArray bytes;
-    QString error;
-    if (!readWholeFile(path, &bytes, &error)) {
-        streams.failed(QStringLiteral("Cannot read file %1: %2").arg(path, error));
+    if (!readImage(path, &bytes, &image->order, streams))
         return false;
-    }
     image->path = path;
-    image->order = byteOrderOf(bytes);
-    convert(&bytes, image->order, QStringLiteral("Reading %1").arg(path), streams);
     image->size = bytes.size();
     if (arguments.isSet("dry-run"))
         image->original = bytes;
@@ -115,7 +122,10 @@ int writeImage(const Arguments &arguments, const OpenedImage &image, Streams &st
 {
     const QString path = arguments.isSet("output") ? arguments.value("output") : image.path;
     if (currentROM.data.size() != image.size)
-        streams.remark(QStringLiteral("The image grew from %1 to %2 bytes").arg(image.size).arg(currentROM.data.size()));
+        streams.remark(QStringLiteral("The image %1 from %2 to %3 bytes")
+                           .arg(currentROM.data.size() > image.size ? QStringLiteral("grew") : QStringLiteral("shrank"))
+                           .arg(image.size)
+                           .arg(currentROM.data.size()));
     if (arguments.isSet("dry-run")) {
         const QString changes = changesBetween(image.original, currentROM.data);
         streams.out

@@ -25,6 +25,10 @@ QString byteOrderName(ByteOrder order);
 /// The order of that name, Unknown for any other text.
 ByteOrder byteOrderNamed(const QString &name);
 
+/// Reads the image at \a path into \a bytes, big-endian, and says in \a order what the file's order was. On failure the result is
+/// false and the reason is said.
+bool readImage(const QString &path, QByteArray *bytes, ByteOrder *order, Streams &streams);
+
 /// Reads the image that is the first positional argument into currentROM, with an empty file table. On failure the result is
 /// false and the reason is said.
 bool openImage(const Arguments &arguments, OpenedImage *image, Streams &streams);

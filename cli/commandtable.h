@@ -15,5 +15,8 @@ Command importPackCommand();
 Command searchCommand();
 Command verifyCommand();
 Command checksumCommand();
+Command patchCreateCommand();
+Command patchApplyCommand();
+Command patchInfoCommand();
 Command demoCommand();
 }

@@ -2,6 +2,7 @@
 #include "transfer/bpspatch.h"
 
 #include "base/crc32.h"
+#include "base/hexnumber.h"
 #include "transfer/bpsdelta.h"
 #include "transfer/texturewriter.h"
 
@@ -212,11 +213,11 @@ bool applyBps(const QByteArray &source, const QByteArray &patch, QByteArray *tar
     if (!readBps(patch, &facts, error))
         return false;
     if (source.size() != facts.sourceBytes || crcOf(source) != facts.sourceCrc) {
-        *error = QStringLiteral("It is for another image: it expects %1 bytes with the checksum 0x%2, not %3 bytes with 0x%4")
+        *error = QStringLiteral("It is for another image: it expects %1 bytes with the checksum %2, not %3 bytes with %4")
                      .arg(facts.sourceBytes)
-                     .arg(facts.sourceCrc, 8, 16, QLatin1Char('0'))
+                     .arg(hexNumber(qint32(facts.sourceCrc)))
                      .arg(source.size())
-                     .arg(crcOf(source), 8, 16, QLatin1Char('0'));
+                     .arg(hexNumber(qint32(crcOf(source))));
         return false;
     }
     QByteArray made(facts.targetBytes, Qt::Uninitialized);
@@ -229,9 +230,9 @@ bool applyBps(const QByteArray &source, const QByteArray &patch, QByteArray *tar
         perform(action, source, patch, made.data(), position);
     }
     if (crcOf(made) != facts.targetCrc) {
-        *error = QStringLiteral("The result has the checksum 0x%1, not 0x%2 as the patch says")
-                     .arg(crcOf(made), 8, 16, QLatin1Char('0'))
-                     .arg(facts.targetCrc, 8, 16, QLatin1Char('0'));
+        *error = QStringLiteral("The result has the checksum %1, not %2 as the patch says")
+                     .arg(hexNumber(qint32(crcOf(made))))
+                     .arg(hexNumber(qint32(facts.targetCrc)));
         return false;
     }
     *target = made;

@@ -3,6 +3,8 @@
 
 #include "base/crc32.h"
 
+#include <QXmlStreamReader>
+
 namespace
 {
 bool fits(const QByteArray &image, const BpsFacts &facts)
@@ -57,6 +59,21 @@ QByteArray bigEndianMetadata()
 {
     return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
            "<patch creator=\"Quillary\" byteOrder=\"z64\"/>\n";
+}
+
+ByteOrder orderInMetadata(const QByteArray &metadata)
+{
+    // Metadata come from anywhere; the first element of ours ends long before this.
+    constexpr int looked = 1024;
+    QXmlStreamReader xml(metadata.left(looked));
+    if (!xml.readNextStartElement() || xml.name() != QLatin1String("patch"))
+        return ByteOrder::Unknown;
+    const QStringRef order = xml.attributes().value(QLatin1String("byteOrder"));
+    if (order == QLatin1String("z64"))
+        return ByteOrder::BigEndian;
+    if (order == QLatin1String("v64"))
+        return ByteOrder::ByteSwapped;
+    return order == QLatin1String("n64") ? ByteOrder::LittleEndian : ByteOrder::Unknown;
 }
 
 bool applyPatch(QByteArray *image, bool isCartridge, const QByteArray &patch, ByteOrder *madeFor, QString *error)

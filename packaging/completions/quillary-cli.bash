@@ -10,7 +10,7 @@ _quillary_cli()
     COMPREPLY=()
 
     if [[ $COMP_CWORD -eq 1 ]]; then
-        mapfile -t COMPREPLY < <(compgen -W 'info convert list extract replace import-folder import-pack search verify checksum demo
+        mapfile -t COMPREPLY < <(compgen -W 'info convert list extract replace import-folder import-pack search verify checksum patch demo
             --help --version' -- "$current")
         return
     fi
@@ -23,6 +23,17 @@ _quillary_cli()
     # A file or folder, which the shell completes, or something that only the user knows.
     -o | --output | --profiles | --profile | --in | --offset | --width | --height | --palette) return ;;
     esac
+    # The second word of a command that has two.
+    local words=''
+    case $command in
+    patch) words='create apply info' ;;
+    esac
+    if [[ -n $words && $COMP_CWORD -eq 2 ]]; then
+        [[ $current == -* ]] && words='-h --help'
+        mapfile -t COMPREPLY < <(compgen -W "$words" -- "$current")
+        return
+    fi
+    [[ -z $words ]] || command+=" ${COMP_WORDS[2]}"
     [[ $current == -* ]] || return
 
     local options='-h --help'
@@ -37,6 +48,9 @@ _quillary_cli()
     search) options+=" --in --formats --first-only --no-subfolders --add --duplicates --dry-run $profile --json" ;;
     verify) options+=" --gaps $profile --json" ;;
     checksum) options+=" --fix --chip $write --json" ;;
+    'patch create') options+=' -o --output --dry-run --json' ;;
+    'patch apply') options+=" $write --with-checksum --json" ;;
+    'patch info') options+=' --json' ;;
     demo) options+=' --profiles' ;;
     esac
     mapfile -t COMPREPLY < <(compgen -W "$options" -- "$current")

@@ -2,9 +2,9 @@
 // What stands beside the program, the completion, the manual page and the page about scripts, knows all that it takes.
 #include "profilefolder.h"
 
+#include "model/textureformat.h"
 #include "support/bootimages.h"
 #include "verify/verification.h"
-#include "model/textureformat.h"
 
 #include <QImage>
 #include <QJsonArray>
@@ -71,7 +71,8 @@ private slots:
     {
         QStringList expected {"--help", "--version"};
         for (const cli::Command &command : cli::commands())
-            expected << command.name;
+            expected << command.name.section(' ', 0, 0);
+        expected.removeDuplicates();
         expected.sort();
         QCOMPARE(completions({"quillary-cli", ""}), expected);
         QCOMPARE(completions({"quillary-cli", "im"}), QStringList({"import-folder", "import-pack"}));
@@ -80,8 +81,23 @@ private slots:
     void completionOffersEveryOption()
     {
         for (const cli::Command &command : cli::commands()) {
-            QCOMPARE(completions({"quillary-cli", command.name, "-"}), optionsOf(command));
-            QCOMPARE(completions({"quillary-cli", command.name, ""}), QStringList());
+            const QStringList words = QStringList {"quillary-cli"} + command.name.split(' ');
+            QCOMPARE(completions(words + QStringList {"-"}), optionsOf(command));
+            QCOMPARE(completions(words + QStringList {""}), QStringList());
+        }
+    }
+
+    void completionOffersSecondWords()
+    {
+        QMap<QString, QStringList> groups;
+        for (const cli::Command &command : cli::commands()) {
+            if (command.name.contains(' '))
+                groups[command.name.section(' ', 0, 0)] << command.name.section(' ', 1);
+        }
+        for (auto group = groups.begin(); group != groups.end(); ++group) {
+            group->sort();
+            QCOMPARE(completions({"quillary-cli", group.key(), ""}), *group);
+            QCOMPARE(completions({"quillary-cli", group.key(), "-"}), QStringList({"--help", "-h"}));
         }
     }
 
@@ -107,7 +123,8 @@ private slots:
     {
         const QString page = document("docs/man/quillary-cli.1").replace("\\-", "-");
         for (const cli::Command &command : cli::commands()) {
-            QVERIFY2(page.contains("\n.BR " + command.name + " \""), qPrintable(command.name));
+            const QString name = command.name.contains(' ') ? '"' + command.name + '"' : command.name;
+            QVERIFY2(page.contains("\n.BR " + name + " \""), qPrintable(command.name));
             for (const QString &option : optionsOf(command))
                 QVERIFY2(QRegularExpression("(^|[ \"\\n])" + QRegularExpression::escape(option) + "([ \"\\n]|$)")
                              .match(page)
@@ -133,6 +150,11 @@ private slots:
             collectKeys(folder.call(more.first(), more.mid(1) + QStringList {"--json"}).json(), &keys);
         }
         collectKeys(call({"checksum", "--json", folder.imagePath()}).json(), &keys);
+        for (const QString &patch : {folder.path("p.bps"), folder.path("p.ips")}) {
+            collectKeys(call({"patch", "create", folder.imagePath(), folder.imagePath(), "-o", patch, "--json"}).json(), &keys);
+            collectKeys(call({"patch", "info", patch, "--json"}).json(), &keys);
+            collectKeys(call({"patch", "apply", folder.imagePath(), patch, "--dry-run", "--json"}).json(), &keys);
+        }
         for (const Finding finding : allFindings())
             keys.insert(findingName(finding));
         QVERIFY(keys.size() > 40);
