@@ -7,6 +7,7 @@
 #include "base/debuglog.h"
 #include "persist/imagefile.h"
 #include "persist/savefile.h"
+#include "transfer/blockfiles.h"
 
 #include <QFileInfo>
 #include <QProgressDialog>
@@ -59,7 +60,9 @@ void MainWindow::loadFile(const QString &fileName)
         m_settings.setValue(QStringLiteral("fileDialogPath"), folderOf(fileName));
 
     const WaitCursor waitCursor;
-    const bool identified = normaliseImage(&image, hadDialogPath);
+    // What was unpacked from a block has no header that could name it: its name tells which profiles are its own.
+    const bool isBlock = parsedBlockFileName(QFileInfo(fileName).fileName()).has_value();
+    const bool identified = normaliseImage(&image, hadDialogPath && !isBlock);
     currentROM.baseName = QFileInfo(fileName).completeBaseName();
     currentROM.loaded = true;
     releaseImageBytes();

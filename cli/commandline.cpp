@@ -82,10 +82,10 @@ int runCommand(const Command &command, const QStringList &given, Streams &stream
 
 const QList<Command> &commands()
 {
-    static const QList<Command> all {infoCommand(),      convertCommand(),      listCommand(),        extractCommand(),
-                                     replaceCommand(),   importFolderCommand(), importPackCommand(),  searchCommand(),
-                                     verifyCommand(),    checksumCommand(),     patchCreateCommand(), patchApplyCommand(),
-                                     patchInfoCommand(), demoCommand()};
+    static const QList<Command> all {
+        infoCommand(),       convertCommand(), listCommand(),   extractCommand(),  replaceCommand(),     importFolderCommand(),
+        importPackCommand(), searchCommand(),  verifyCommand(), checksumCommand(), patchCreateCommand(), patchApplyCommand(),
+        patchInfoCommand(),  blocksCommand(),  unpackCommand(), packCommand(),     demoCommand()};
     return all;
 }
 

@@ -18,5 +18,8 @@ Command checksumCommand();
 Command patchCreateCommand();
 Command patchApplyCommand();
 Command patchInfoCommand();
+Command blocksCommand();
+Command unpackCommand();
+Command packCommand();
 Command demoCommand();
 }

@@ -10,8 +10,8 @@ _quillary_cli()
     COMPREPLY=()
 
     if [[ $COMP_CWORD -eq 1 ]]; then
-        mapfile -t COMPREPLY < <(compgen -W 'info convert list extract replace import-folder import-pack search verify checksum patch demo
-            --help --version' -- "$current")
+        mapfile -t COMPREPLY < <(compgen -W 'info convert list extract replace import-folder import-pack search verify checksum patch
+            blocks unpack pack demo --help --version' -- "$current")
         return
     fi
     case $previous in
@@ -51,6 +51,9 @@ _quillary_cli()
     'patch create') options+=' -o --output --dry-run --json' ;;
     'patch apply') options+=" $write --with-checksum --json" ;;
     'patch info') options+=' --json' ;;
+    blocks) options+=' --json' ;;
+    unpack) options+=' -o --output --overwrite --json' ;;
+    pack) options+=" $write --json" ;;
     demo) options+=' --profiles' ;;
     esac
     mapfile -t COMPREPLY < <(compgen -W "$options" -- "$current")

@@ -3,6 +3,7 @@
 #include "profilefolder.h"
 
 #include "model/textureformat.h"
+#include "codec/compressedblock.h"
 #include "support/bootimages.h"
 #include "verify/verification.h"
 
@@ -136,7 +137,9 @@ private slots:
 
     void everyJsonKeyIsDocumented()
     {
-        const ProfileFolder folder(bootImage(0x90BB6CB5));
+        QByteArray image = bootImage(0x90BB6CB5);
+        image.replace(image.size() - 64, 64, packedBlock(BlockKind::Yaz0, "content").leftJustified(64, '\0'));
+        const ProfileFolder folder(image);
         folder.addProfile("<texture name=\"x\" address=\"0x2000\" format=\"i8\" width=\"2\" height=\"2\"/>"
                           "<texture name=\"y\" address=\"0x2000\" format=\"rgba32\" width=\"2\" height=\"2\"/>");
         QDir().mkpath(folder.path("in"));
@@ -155,6 +158,10 @@ private slots:
             collectKeys(call({"patch", "info", patch, "--json"}).json(), &keys);
             collectKeys(call({"patch", "apply", folder.imagePath(), patch, "--dry-run", "--json"}).json(), &keys);
         }
+        folder.addPart("NQLE0-0x00001000.yay0", "x");
+        for (const QStringList &more : {QStringList {"blocks"}, QStringList {"unpack", "-o", folder.path("out")},
+                                        QStringList {"pack", folder.path("NQLE0-0x00001000.yay0"), "--dry-run"}})
+            collectKeys(call(QStringList {more.first(), "--json", folder.imagePath()} + more.mid(1)).json(), &keys);
         for (const Finding finding : allFindings())
             keys.insert(findingName(finding));
         QVERIFY(keys.size() > 40);

@@ -221,6 +221,18 @@ private slots:
         }
     }
 
+    void unpackedBlocksAreKnownByTheirNames()
+    {
+        QSettings().setValue("fileDialogPath", "/elsewhere/");
+        MainWindow window;
+        window.loadFile(writtenFile("ABCD1-0x00001000.yay0", noCartridge(400)));
+        QCOMPARE(currentROM.romID, QString("ABCD1-0x00001000"));
+        window.loadFile(writtenFile("ABCD1-0x00001000.bin", noCartridge(400)));
+        QCOMPARE(currentROM.romID, QString("ABCD200"));
+        window.loadFile(writtenFile("ABCD1-0x00001000.yay0", cartridgeImage(400, "ABCD", 255)));
+        QCOMPARE(currentROM.romID, QString("ABCD255"));
+    }
+
     void dialogPathIsOnlySetWhenMissing()
     {
         QSettings().setValue("fileDialogPath", "/elsewhere/");

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "codec/compressedblock.h"
+
+#include <QString>
+
+#include <optional>
+
+/// What the name of an unpacked block's file says: IDENTIFIER-ADDRESS.KIND, as in "NQDE0-0x00288000.yay0".
+struct BlockFileName
+{
+    QString identifier; ///< Of the image, as fileIdentifier() writes it.
+    int address = 0; ///< Of the block in the image, in bytes.
+    BlockKind kind = BlockKind::Mio0;
+};
+
+/// The identifier of an image for a file name: what a file system or a shell may take for something else is replaced by "_".
+QString fileIdentifier(const QString &romID);
+
+/// The name, without a folder, of the file that holds what \a block of the image \a romID unpacks to. Without its last extension
+/// it is the identifier of the file, when that is opened as an image.
+QString blockFileName(const QString &romID, const CompressedBlock &block);
+
+/// What \a fileName, without a folder, says; nothing when it is no such name.
+std::optional<BlockFileName> parsedBlockFileName(const QString &fileName);
+
+/// What packing a block made of an image.
+struct BlockPacking
+{
+    enum class Result {
+        Packed, ///< The image has the new content.
+        Unchanged, ///< The image had that content; its bytes are left as they are.
+        NoBlock, ///< At the address there is no block that decodes, or one of another kind.
+        NotPackable, ///< The content is empty or too large for any block.
+        TooLong, ///< The new block does not fit into the place of the old one.
+    };
+
+    Result result = Result::NoBlock;
+    int oldUnpackedSize = 0;
+    int room = 0; ///< Bytes that the old block takes up.
+    int packedSize = 0; ///< Of the new block, in bytes.
+    int missing() const { return packedSize - room; } ///< Bytes, when the result is TooLong.
+};
+
+/// Replaces the block of \a kind at \a address of \a image by one with \a content. It has to fit into the old block's place,
+/// where zeros follow it up to the old end; no byte outside changes. The image is left as it is unless the result is Packed.
+BlockPacking packBlock(QByteArray *image, int address, BlockKind kind, const QByteArray &content);
