@@ -47,7 +47,7 @@ QCommandLineOption profilesOption()
 QList<QCommandLineOption> profileOptions()
 {
     return {{QStringLiteral("profile"), QStringLiteral("The profile to use; without it the one that loads automatically."),
-             QStringLiteral("NAME")},
+             QStringLiteral("PROFILE")},
             profilesOption()};
 }
 
@@ -71,6 +71,8 @@ Arguments::Arguments(const Command &command, const QStringList &given) : m_comma
     if (!m_parser.parse(given))
         m_error = m_parser.errorText();
     m_positionals = m_parser.positionalArguments().mid(1);
+    if (m_positionals.count(QStringLiteral("-")) > 1)
+        reject(QStringLiteral("Standard input can only be read once"));
     const int count = m_positionals.size();
     if (count < command.fewest)
         reject(QStringLiteral("Too few arguments: it takes %1").arg(command.synopsis));
@@ -139,6 +141,8 @@ void Arguments::checkImageWriting() const
         reject(QStringLiteral("Say where to write: --output FILE, or --in-place for the image itself"));
     if (output && value("output").isEmpty())
         reject(QStringLiteral("--output needs a file name"));
+    if (inPlace && positional(0) == QLatin1String("-"))
+        reject(QStringLiteral("--in-place needs an image that is a file"));
 }
 
 void Arguments::reject(const QString &message) const

@@ -3,14 +3,14 @@
 
 #include "base/hexnumber.h"
 #include "cli/arguments.h"
+#include "cli/files.h"
 #include "cli/interrupt.h"
 #include "cli/output.h"
 #include "cli/terminalprogress.h"
 #include "model/rom.h"
-#include "persist/imagefile.h"
-#include "persist/savefile.h"
 
 #include <QFileInfo>
+#include <QJsonObject>
 
 #include <cstring>
 
@@ -51,7 +51,7 @@ ByteOrder byteOrderNamed(const QString &name)
 bool readImage(const QString &path, QByteArray *bytes, ByteOrder *order, Streams &streams)
 {
     QString error;
-    if (!readWholeFile(path, bytes, &error)) {
+    if (!readInput(path, bytes, &error)) {
         streams.failed(QStringLiteral("Cannot read file %1: %2").arg(path, error));
         return false;
     }
@@ -68,7 +68,7 @@ bool openImage(const Arguments &arguments, OpenedImage *image, Streams &streams)
         return false;
     image->path = path;
     image->size = bytes.size();
-    if (arguments.isSet("dry-run"))
+    if (arguments.isSet("dry-run") || arguments.isSet("json"))
         image->original = bytes;
     currentROM.data = bytes;
     currentROM.loaded = true;
@@ -95,17 +95,15 @@ void checkImageWriting(const Arguments &arguments)
         arguments.reject(QStringLiteral("--output names the image itself; use --in-place to write over it"));
 }
 
-QString changesBetween(const QByteArray &before, const QByteArray &after)
+ByteChanges changesBetween(const QByteArray &before, const QByteArray &after)
 {
     const int common = qMin(before.size(), after.size());
-    int first = -1;
-    int last = -1;
-    qint64 count = 0;
-    const auto change = [&](int position) {
-        if (first < 0)
-            first = position;
-        last = position;
-        ++count;
+    ByteChanges changes;
+    const auto change = [&changes](int position) {
+        if (changes.count == 0)
+            changes.first = position;
+        changes.last = position;
+        ++changes.count;
     };
     for (int i = 0; i < common; ++i) {
         if (before.at(i) != after.at(i))
@@ -113,9 +111,27 @@ QString changesBetween(const QByteArray &before, const QByteArray &after)
     }
     for (int i = common; i < qMax(before.size(), after.size()); ++i)
         change(i);
+    return changes;
+}
+
+QString ByteChanges::text() const
+{
     if (count == 0)
         return QString();
     return QStringLiteral("%1 from %2 to %3").arg(counted(count, QStringLiteral("byte")), hexNumber(first), hexNumber(last));
+}
+
+QJsonObject imageWritingJson(const Arguments &arguments, const OpenedImage &image, ByteOrder order)
+{
+    const bool known = image.order != ByteOrder::Unknown;
+    const ByteChanges changes = changesBetween(image.original, currentROM.data);
+    const QString path = arguments.isSet("output") ? arguments.value("output") : image.path;
+    return {{QStringLiteral("output"), arguments.isSet("dry-run") ? QJsonValue() : QJsonValue(path)},
+            {QStringLiteral("byteOrder"), known ? QJsonValue(byteOrderName(order)) : QJsonValue()},
+            {QStringLiteral("size"), currentROM.data.size()},
+            {QStringLiteral("changedBytes"), changes.count},
+            {QStringLiteral("firstChange"), changes.count > 0 ? QJsonValue(changes.first) : QJsonValue()},
+            {QStringLiteral("lastChange"), changes.count > 0 ? QJsonValue(changes.last) : QJsonValue()}};
 }
 
 int writeImage(const Arguments &arguments, const OpenedImage &image, Streams &streams, ByteOrder order)
@@ -127,7 +143,9 @@ int writeImage(const Arguments &arguments, const OpenedImage &image, Streams &st
                            .arg(image.size)
                            .arg(currentROM.data.size()));
     if (arguments.isSet("dry-run")) {
-        const QString changes = changesBetween(image.original, currentROM.data);
+        if (arguments.isSet("json"))
+            return Done;
+        const QString changes = changesBetween(image.original, currentROM.data).text();
         streams.out
             << QStringLiteral("Would change %1.\n").arg(changes.isEmpty() ? QStringLiteral("no byte of the image") : changes);
         if (image.order != ByteOrder::Unknown && image.order != order)
@@ -144,8 +162,10 @@ int writeImage(const Arguments &arguments, const OpenedImage &image, Streams &st
     if (interrupted())
         return streams.failed(QStringLiteral("Interrupted; %1 was not written").arg(path));
     QString error;
-    if (!saveWhole(path, bytes, &error))
+    if (!writeOutput(path, bytes, streams, &error))
         return streams.failed(QStringLiteral("Cannot write file %1: %2").arg(path, error));
+    if (arguments.isSet("json") || isStandardStream(path))
+        return Done;
     streams.out << QStringLiteral("Wrote ") << printable(path)
                 << QStringLiteral(" (%1, ").arg(byteOrderName(image.order == ByteOrder::Unknown ? ByteOrder::Unknown : order))
                 << counted(bytes.size(), QStringLiteral("byte")) << QStringLiteral(").\n");

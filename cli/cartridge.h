@@ -6,6 +6,8 @@
 
 #include <QString>
 
+class QJsonObject;
+
 namespace cli
 {
 class Arguments;
@@ -16,7 +18,7 @@ struct OpenedImage
     QString path;
     ByteOrder order = ByteOrder::Unknown; ///< Of the file; Unknown for what is no cartridge image and was taken as it is.
     int size = 0; ///< In bytes.
-    QByteArray original; ///< The bytes at opening, big-endian; kept only for --dry-run, which compares.
+    QByteArray original; ///< The bytes at opening, big-endian; kept only for --dry-run and --json, which compare.
 };
 
 /// "z64", "v64" or "n64"; "unknown" for Unknown.
@@ -40,10 +42,25 @@ bool isImageItself(const Arguments &arguments, const QString &path);
 /// it with --in-place. Rejects the arguments when not.
 void checkImageWriting(const Arguments &arguments);
 
-/// Writes currentROM's bytes, turned to \a order, where --output or --in-place says, whole or not at all, and says so on standard
-/// output; with --dry-run it only says what would change. Returns an exit status.
+/// Writes currentROM's bytes, turned to \a order, where --output or --in-place says, whole or not at all, and says so; with
+/// --dry-run it only says what would change, and with --json nothing. Returns an exit status.
 int writeImage(const Arguments &arguments, const OpenedImage &image, Streams &streams, ByteOrder order = ByteOrder::BigEndian);
 
-/// "N bytes from ADDRESS to ADDRESS", about the bytes in which \a after differs from \a before; empty when they are the same.
-QString changesBetween(const QByteArray &before, const QByteArray &after);
+/// The bytes in which two images differ.
+struct ByteChanges
+{
+    qint64 count = 0;
+    int first = -1; ///< Address; -1 when there is none.
+    int last = -1;
+
+    /// "N bytes from ADDRESS to ADDRESS"; empty when there is none.
+    QString text() const;
+};
+
+/// The bytes in which \a after differs from \a before; those that only one of them has count.
+ByteChanges changesBetween(const QByteArray &before, const QByteArray &after);
+
+/// What writeImage() with the same arguments writes, for a command's --json, by which writeImage() itself prints nothing. Call it
+/// before that: writing in another order lets go of the image.
+QJsonObject imageWritingJson(const Arguments &arguments, const OpenedImage &image, ByteOrder order = ByteOrder::BigEndian);
 }

@@ -15,19 +15,30 @@ enum ExitStatus {
     WrongUsage = 2, ///< The arguments make no sense.
 };
 
-/// Where results and complaints go.
+/// Where results and errors go.
 class Streams
 {
 public:
-    Streams(QTextStream &results, QTextStream &complaints) : out(results), err(complaints) { }
+    /// \a standardOutput takes the bytes of a file that is written to standard output. \a results is the same stream unless such
+    /// a file is written: texts would damage it.
+    Streams(QTextStream &results, QTextStream &errors, QTextStream &standardOutput)
+        : out(results), err(errors), m_standardOutput(standardOutput)
+    {
+    }
+    Streams(QTextStream &results, QTextStream &errors) : Streams(results, errors, results) { }
 
-    /// Complains and returns Failed.
+    /// Prints \a message as an error and returns Failed.
     int failed(const QString &message);
     /// A remark on standard error that is no failure.
     void remark(const QString &message);
+    /// Writes \a bytes to standard output as they are. Returns false with the reason in \a error.
+    bool writeBytes(const QByteArray &bytes, QString *error);
 
     QTextStream &out;
     QTextStream &err;
+
+private:
+    QTextStream &m_standardOutput;
 };
 
 class Arguments;

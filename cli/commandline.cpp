@@ -3,56 +3,19 @@
 
 #include "cli/arguments.h"
 #include "cli/commandtable.h"
+#include "cli/completion.h"
+#include "cli/files.h"
+#include "cli/helptexts.h"
 #include "cli/output.h"
-
-#include <algorithm>
 
 namespace cli
 {
 namespace
 {
-QString summaryLine(const Command &command)
-{
-    return QLatin1String("  ") + command.name.leftJustified(15) + command.summary + QLatin1Char('\n');
-}
-
-/// The commands whose names are \a first and a second word.
-QList<Command> groupNamed(const QString &first)
-{
-    QList<Command> group;
-    for (const Command &command : commands()) {
-        if (command.name.startsWith(first + QLatin1Char(' ')))
-            group << command;
-    }
-    return group;
-}
-
-QString overview()
-{
-    QString text = QStringLiteral("Usage: quillary-cli COMMAND [options] IMAGE ...\n"
-                                  "Explore and edit the textures inside Nintendo 64 cartridge images.\n\nCommands:\n");
-    for (const Command &command : commands())
-        text += summaryLine(command);
-    return text
-        + QStringLiteral("\nOptions:\n"
-                         "  -h, --help     Show this help and end; behind a command, that command's.\n"
-                         "  -v, --version  Show the version and end.\n\n"
-                         "Numbers are decimal or, with 0x before them, hexadecimal.\n"
-                         "Exit status: 0 done, 1 could not be done or a check found something, 2 wrong usage.\n");
-}
-
 int wrongUsage(const QString &message, QTextStream &err)
 {
     err << QStringLiteral("quillary-cli: %1\nTry \"quillary-cli --help\".\n").arg(printable(message));
     return WrongUsage;
-}
-
-QString groupOverview(const QString &name, const QList<Command> &group)
-{
-    QString text = QStringLiteral("Usage: quillary-cli %1 COMMAND [options] ...\n\nCommands:\n").arg(name);
-    for (const Command &command : group)
-        text += summaryLine(command);
-    return text + QStringLiteral("\n\"quillary-cli %1 COMMAND --help\" explains one.\n").arg(name);
 }
 
 int wrongSecondWord(const QString &first, const QString &second, const QList<Command> &group, QTextStream &err)
@@ -67,13 +30,17 @@ int wrongSecondWord(const QString &first, const QString &second, const QList<Com
                       err);
 }
 
-int runCommand(const Command &command, const QStringList &given, Streams &streams)
+int runCommand(const Command &command, const QStringList &given, QTextStream &out, QTextStream &err)
 {
     const Arguments arguments(command, given);
     if (arguments.wantsHelp()) {
-        streams.out << arguments.helpText();
+        out << arguments.helpText();
         return Done;
     }
+    const bool fileToOutput = arguments.isSet("output") && isStandardStream(arguments.value("output"));
+    if (fileToOutput && arguments.isSet("json"))
+        arguments.reject(QStringLiteral("--json and --output - both want standard output"));
+    Streams streams(fileToOutput ? err : out, err, out);
     if (arguments.rejected(streams))
         return WrongUsage;
     return command.run(arguments, streams);
@@ -82,10 +49,11 @@ int runCommand(const Command &command, const QStringList &given, Streams &stream
 
 const QList<Command> &commands()
 {
-    static const QList<Command> all {
-        infoCommand(),       convertCommand(), listCommand(),   extractCommand(),  replaceCommand(),     importFolderCommand(),
-        importPackCommand(), searchCommand(),  verifyCommand(), checksumCommand(), patchCreateCommand(), patchApplyCommand(),
-        patchInfoCommand(),  blocksCommand(),  unpackCommand(), packCommand(),     demoCommand()};
+    static const QList<Command> all {infoCommand(),       convertCommand(),      listCommand(),       extractCommand(),
+                                     replaceCommand(),    importFolderCommand(), importPackCommand(), searchCommand(),
+                                     verifyCommand(),     galleryCommand(),      checksumCommand(),   patchCreateCommand(),
+                                     patchApplyCommand(), patchInfoCommand(),    blocksCommand(),     unpackCommand(),
+                                     packCommand(),       demoCommand(),         helpCommand()};
     return all;
 }
 
@@ -102,6 +70,10 @@ int run(const QStringList &arguments, QTextStream &out, QTextStream &err)
         out << QStringLiteral("quillary-cli " QUILLARY_VERSION "\n");
         return Done;
     }
+    if (first == QLatin1String("complete")) { // For the shells' completion, not for users.
+        complete(arguments.mid(2), out);
+        return Done;
+    }
     // Of the commands with two words, both together are the name.
     QString name = first;
     QStringList given = arguments;
@@ -115,18 +87,16 @@ int run(const QStringList &arguments, QTextStream &out, QTextStream &err)
         name += QLatin1Char(' ') + second;
         given.removeAt(1);
     }
-    const auto command =
-        std::find_if(commands().begin(), commands().end(), [&name](const Command &one) { return one.name == name; });
-    if (command == commands().end() && !group.isEmpty())
+    const Command *command = commandNamed(name);
+    if (!command && !group.isEmpty())
         return wrongSecondWord(first, arguments.value(2), group, err);
-    if (command == commands().end()) {
+    if (!command) {
         const bool option = first.startsWith(QLatin1Char('-'));
         return wrongUsage((option ? QStringLiteral("The command comes before the options, but \"%1\" came first")
                                   : QStringLiteral("There is no command \"%1\""))
                               .arg(first),
                           err);
     }
-    Streams streams(out, err);
-    return runCommand(*command, given, streams);
+    return runCommand(*command, given, out, err);
 }
 }

@@ -21,5 +21,7 @@ Command patchInfoCommand();
 Command blocksCommand();
 Command unpackCommand();
 Command packCommand();
+Command galleryCommand();
 Command demoCommand();
+Command helpCommand();
 }

@@ -2,6 +2,9 @@
 #include "cli/arguments.h"
 #include "cli/cartridge.h"
 #include "cli/commandtable.h"
+#include "cli/output.h"
+
+#include <QJsonObject>
 
 namespace cli
 {
@@ -23,7 +26,11 @@ int run(const Arguments &arguments, Streams &streams)
         return Failed;
     if (image.order == ByteOrder::Unknown)
         return streams.failed(QStringLiteral("%1 is no cartridge image: its byte order is unknown").arg(path));
-    return writeImage(arguments, image, streams, order);
+    const QJsonObject report = arguments.isSet("json") ? imageWritingJson(arguments, image, order) : QJsonObject();
+    const int status = writeImage(arguments, image, streams, order);
+    if (status == Done && arguments.isSet("json"))
+        printJson(streams.out, report);
+    return status;
 }
 }
 
@@ -31,8 +38,8 @@ Command convertCommand()
 {
     QList<QCommandLineOption> options {{QStringLiteral("order"),
                                         QStringLiteral("The byte order to write: z64 (the default), v64 or n64."),
-                                        QStringLiteral("ORDER")}};
-    options << imageWritingOptions();
+                                        QStringLiteral("z64|v64|n64")}};
+    options << imageWritingOptions() << jsonOption();
     return {
         QStringLiteral("convert"),
         QStringLiteral("Write the image in a chosen byte order."),

@@ -5,6 +5,8 @@
 #include "cli/profile.h"
 #include "demo/democartridge.h"
 
+#include <QJsonObject>
+
 namespace cli
 {
 namespace
@@ -22,6 +24,11 @@ int run(const Arguments &arguments, Streams &streams)
     QString error;
     if (!demo::writeDemo(folder, profilesFolder(arguments), &error))
         return streams.failed(error);
+    if (arguments.isSet("json")) {
+        printJson(streams.out,
+                  {{QStringLiteral("folder"), folder}, {QStringLiteral("fileList"), list}, {QStringLiteral("kept"), kept}});
+        return Done;
+    }
     streams.out << QLatin1String("Wrote the demo cartridge, pictures and a texture pack to ") << printable(folder) << '\n'
                 << (kept ? QLatin1String("Kept ") : QLatin1String("Wrote ")) << printable(list) << '\n';
     return Done;
@@ -38,7 +45,7 @@ Command demoCommand()
                 "to search for into FOLDER, and the cartridge's file list into the profiles folder unless there is one."),
             1,
             1,
-            {profilesOption()},
+            QList<QCommandLineOption> {profilesOption()} << jsonOption(),
             run};
 }
 }

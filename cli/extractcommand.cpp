@@ -2,24 +2,28 @@
 #include "cli/arguments.h"
 #include "cli/commandtable.h"
 #include "cli/describedtexture.h"
+#include "cli/files.h"
 #include "cli/interrupt.h"
 #include "cli/output.h"
 #include "cli/profile.h"
-#include "model/tablewalk.h"
 #include "cli/terminalprogress.h"
-#include "verify/verification.h"
 #include "cli/worklog.h"
 #include "model/rom.h"
+#include "model/tablewalk.h"
 #include "transfer/extraction.h"
+#include "verify/verification.h"
 
 #include <QDir>
 #include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QTemporaryDir>
 
 namespace cli
 {
 namespace
 {
-QString target(const Arguments &arguments)
+QString targetOf(const Arguments &arguments)
 {
     return arguments.isSet("output") ? arguments.value("output") : QStringLiteral(".");
 }
@@ -28,16 +32,33 @@ QString target(const Arguments &arguments)
 /// none for a file.
 QString fileFor(const fileTreeFile &texture, const QString &target)
 {
-    if (!target.endsWith(QLatin1Char('/')) && !QFileInfo(target).isDir())
+    if (isStandardStream(target) || (!target.endsWith(QLatin1Char('/')) && !QFileInfo(target).isDir()))
         return target;
     if (!ProfileStore::isSafeName(texture.name))
         return QString();
     return QDir(target).filePath(texture.name + pictureExtension(texture.format));
 }
 
+/// Writes the file at \a path to standard output.
+int passOn(const QString &path, Streams &streams)
+{
+    QByteArray bytes;
+    QString error;
+    if (readInput(path, &bytes, &error) && streams.writeBytes(bytes, &error))
+        return Done;
+    return streams.failed(QStringLiteral("Cannot write to standard output: %1").arg(error));
+}
+
+QJsonObject report(const QString &target, int written, const QStringList &problems)
+{
+    return {{QStringLiteral("target"), target},
+            {QStringLiteral("written"), written},
+            {QStringLiteral("notExtracted"), QJsonArray::fromStringList(problems)}};
+}
+
 int extractOne(const fileTreeFile &texture, const QString &name, const Arguments &arguments, Streams &streams)
 {
-    const QString path = fileFor(texture, target(arguments));
+    const QString path = fileFor(texture, targetOf(arguments));
     if (path.isEmpty())
         return streams.failed(QStringLiteral("\"%1\" cannot name a file; name one with --output").arg(texture.name));
     if (isImageItself(arguments, path))
@@ -52,15 +73,31 @@ int extractOne(const fileTreeFile &texture, const QString &name, const Arguments
         return streams.failed(QStringLiteral("Interrupted; %1 was not written").arg(path));
     KeptMessages log;
     QString error;
-    switch (extractTexture(texture, path, &log, &error)) {
-    case ExtractOutcome::Extracted: streams.out << QLatin1String("Wrote ") << printable(path) << '\n'; return Done;
+    // The picture goes through a file in any case: what makes it decides by the texture what kind of file it is.
+    QTemporaryDir passing;
+    const bool toOutput = isStandardStream(path);
+    if (!toOutput && !makeFolderFor(path, &error))
+        return streams.failed(error);
+    const QString file = toOutput ? passing.filePath(QStringLiteral("picture")) : path;
+    switch (extractTexture(texture, file, &log, &error)) {
+    case ExtractOutcome::Extracted: break;
     case ExtractOutcome::NotWritten: return streams.failed(QStringLiteral("Cannot write file %1: %2").arg(path, error));
     default: return streams.failed(QStringLiteral("%1: %2").arg(name, error));
     }
+    if (toOutput)
+        return passOn(file, streams);
+    if (arguments.isSet("json"))
+        printJson(streams.out, report(path, 1, {}));
+    else
+        streams.out << QLatin1String("Wrote ") << printable(path) << '\n';
+    return Done;
 }
 
-int extractAll(const fileTreeDirectory &folder, const QString &target, Streams &streams)
+int extractAll(const fileTreeDirectory &folder, const Arguments &arguments, Streams &streams)
 {
+    const QString target = targetOf(arguments);
+    if (isStandardStream(target))
+        return streams.failed(QStringLiteral("\"%1\" is a folder; only one entry can go to standard output").arg(folder.name));
     // Said here, because the extraction would only leave everything out.
     if (!QDir().mkpath(target) || !QFileInfo(target).isWritable())
         return streams.failed(QStringLiteral("Cannot write to folder %1").arg(target));
@@ -73,9 +110,12 @@ int extractAll(const fileTreeDirectory &folder, const QString &target, Streams &
     }
     for (const QString &problem : qAsConst(result.problems))
         streams.remark(problem);
-    streams.out << QLatin1String("Wrote ") << counted(result.written, QStringLiteral("file")) << QLatin1String(" to ")
-                << printable(QDir(target).filePath(folder.name)) << QLatin1String(", left out ") << result.problems.size()
-                << '\n';
+    if (arguments.isSet("json"))
+        printJson(streams.out, report(QDir(target).filePath(folder.name), result.written, result.problems));
+    else
+        streams.out << QLatin1String("Wrote ") << counted(result.written, QStringLiteral("file")) << QLatin1String(" to ")
+                    << printable(QDir(target).filePath(folder.name)) << QLatin1String(", left out ") << result.problems.size()
+                    << '\n';
     if (result.cancelled)
         return streams.failed(QStringLiteral("Interrupted; not every texture was extracted"));
     return result.problems.isEmpty() ? Done : Failed;
@@ -110,16 +150,17 @@ int run(const Arguments &arguments, Streams &streams)
     if (!node.exists())
         return streams.failed(pathNamesNothing(path, profile));
     return node.texture ? extractOne(*node.texture, fullPath(*node.texture), arguments, streams)
-                        : extractAll(*node.folder, target(arguments), streams);
+                        : extractAll(*node.folder, arguments, streams);
 }
 }
 
 Command extractCommand()
 {
-    QList<QCommandLineOption> options {{{QStringLiteral("o"), QStringLiteral("output")},
-                                        QStringLiteral("The file or folder to write to; without it the current folder."),
-                                        QStringLiteral("TARGET")}};
-    options << textureOptions() << profileOptions();
+    QList<QCommandLineOption> options {
+        {{QStringLiteral("o"), QStringLiteral("output")},
+         QStringLiteral("The file or folder to write to, - for standard output; without it the current folder."),
+         QStringLiteral("TARGET")}};
+    options << textureOptions() << profileOptions() << jsonOption();
     return {QStringLiteral("extract"),
             QStringLiteral("Write a texture or a folder of textures to picture files."),
             QStringLiteral("IMAGE [PATH]"),

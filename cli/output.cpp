@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "cli/output.h"
 
-#include "cli/command.h"
 #include "base/printabletext.h"
+#include "cli/command.h"
 
+#include <QIODevice>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTextStream>
@@ -50,5 +51,19 @@ int Streams::failed(const QString &message)
 void Streams::remark(const QString &message)
 {
     err << QLatin1String("quillary-cli: ") << printable(message) << '\n';
+}
+
+bool Streams::writeBytes(const QByteArray &bytes, QString *error)
+{
+    QIODevice *device = m_standardOutput.device();
+    if (!device) { // The stream of a test, which keeps each byte as a character.
+        m_standardOutput << QString::fromLatin1(bytes);
+        return true;
+    }
+    m_standardOutput.flush();
+    if (m_standardOutput.status() == QTextStream::Ok && device->write(bytes) == bytes.size())
+        return true;
+    *error = device->errorString();
+    return false;
 }
 }

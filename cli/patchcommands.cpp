@@ -5,11 +5,10 @@
 #include "cli/cartridge.h"
 #include "cli/checkcodes.h"
 #include "cli/commandtable.h"
+#include "cli/files.h"
 #include "cli/interrupt.h"
 #include "cli/output.h"
 #include "model/rom.h"
-#include "persist/imagefile.h"
-#include "persist/savefile.h"
 #include "transfer/imagepatch.h"
 #include "transfer/texturewriter.h"
 
@@ -100,7 +99,7 @@ bool readPatch(const QString &path, QByteArray *patch, Streams &streams)
     QString error;
     if (QFileInfo(path).size() > maximumPatchBytes)
         error = QStringLiteral("It is larger than %1 MiB").arg(maximumPatchBytes / 1024 / 1024);
-    if (error.isEmpty() && readWholeFile(path, patch, &error))
+    if (error.isEmpty() && readInput(path, patch, &error))
         return true;
     streams.failed(QStringLiteral("Cannot read file %1: %2").arg(path, error));
     return false;
@@ -180,7 +179,7 @@ int create(const Arguments &arguments, Streams &streams)
     if (interrupted())
         return streams.failed(QStringLiteral("Interrupted; no patch was written"));
     const QString path = arguments.value("output");
-    if (!arguments.isSet("dry-run") && !saveWhole(path, patch, &error))
+    if (!arguments.isSet("dry-run") && !writeOutput(path, patch, streams, &error))
         return streams.failed(QStringLiteral("Cannot write file %1: %2").arg(path, error));
     printCreated(arguments, kind, patch, original, changed, streams.out);
     return Done;

@@ -1,17 +1,20 @@
 // SPDX-License-Identifier: MIT
+#include "base/hexnumber.h"
 #include "cli/arguments.h"
 #include "cli/commandtable.h"
 #include "cli/describedtexture.h"
+#include "cli/files.h"
 #include "cli/output.h"
 #include "cli/profile.h"
-#include "model/tablewalk.h"
 #include "cli/worklog.h"
 #include "codec/pictureloader.h"
-#include "base/hexnumber.h"
 #include "model/rom.h"
+#include "model/tablewalk.h"
 #include "transfer/replacement.h"
 
 #include <QFileInfo>
+#include <QJsonObject>
+#include <QTemporaryFile>
 
 namespace cli
 {
@@ -91,7 +94,31 @@ int replaceAndWrite(const Arguments &arguments, const fileTreeFile &texture, con
         return streams.failed(QStringLiteral("Cannot read picture %1").arg(picturePath));
     remarkOnPicture(texture, picture, picturePath, streams);
     const int status = replace(texture, picturePath, arguments.choice("resize", resizeChoices()), streams);
-    return status == Done ? writeImage(arguments, image, streams) : status;
+    if (status != Done)
+        return status;
+    QJsonObject report = arguments.isSet("json") ? imageWritingJson(arguments, image) : QJsonObject();
+    if (const int written = writeImage(arguments, image, streams))
+        return written;
+    if (arguments.isSet("json")) {
+        report.insert(QStringLiteral("texture"), texture.parent ? QJsonValue(fullPath(texture)) : QJsonValue());
+        report.insert(QStringLiteral("picture"), arguments.positionals().constLast());
+        printJson(streams.out, report);
+    }
+    return Done;
+}
+
+/// Fills \a file with standard input. Returns false with the reason said.
+bool receive(QTemporaryFile *file, Streams &streams)
+{
+    QByteArray bytes;
+    QString error;
+    if (readInput(QStringLiteral("-"), &bytes, &error)) {
+        if (file->open() && file->write(bytes) == bytes.size() && file->flush())
+            return true;
+        error = file->errorString();
+    }
+    streams.failed(QStringLiteral("Cannot read the picture from standard input: %1").arg(error));
+    return false;
 }
 
 int runDescribed(const Arguments &arguments, const QString &picturePath, Streams &streams)
@@ -116,7 +143,12 @@ int run(const Arguments &arguments, Streams &streams)
     if (arguments.rejected(streams))
         return WrongUsage;
 
-    const QString picturePath = arguments.positionals().constLast();
+    // What reads pictures wants a file.
+    QString picturePath = arguments.positionals().constLast();
+    QTemporaryFile received;
+    if (isStandardStream(picturePath) && !receive(&received, streams))
+        return Failed;
+    picturePath = received.isOpen() ? received.fileName() : picturePath;
     if (described)
         return runDescribed(arguments, picturePath, streams);
     OpenedImage image;
@@ -139,7 +171,7 @@ Command replaceCommand()
              "What to do with a picture of another size: ignore the aspect ratio and stretch it, or keep it and leave the "
              "rest clear. Without it, another size is an error."),
          QStringLiteral("ignore|keep")}};
-    options << textureOptions() << imageWritingOptions() << profileOptions();
+    options << textureOptions() << imageWritingOptions() << profileOptions() << jsonOption();
     return {QStringLiteral("replace"),
             QStringLiteral("Write a picture over a texture."),
             QStringLiteral("IMAGE [PATH] PICTURE"),

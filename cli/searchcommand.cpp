@@ -232,7 +232,7 @@ Command searchCommand()
          QStringLiteral("PATH")},
         {QStringLiteral("formats"),
          QStringLiteral("The formats to try, separated by commas; without it i4, i8, ia16, ia4, ia8, rgb5a1, rgba32."),
-         QStringLiteral("LIST")},
+         QStringLiteral("FORMATS")},
         {QStringLiteral("first-only"), QStringLiteral("End the search for a picture after its first copy.")},
         {QStringLiteral("no-subfolders"), QStringLiteral("Leave out pictures in the subfolders of the folders given.")},
         {QStringLiteral("add"), QStringLiteral("Add the copies found to the profile's file list, in the folder searched.")},

@@ -4,7 +4,10 @@
 #include "cli/arguments.h"
 #include "cli/output.h"
 
+#include <QJsonArray>
 #include <QTest>
+
+#include <algorithm>
 
 namespace
 {
@@ -77,13 +80,37 @@ private slots:
     void everyCommandHasHelp()
     {
         for (const cli::Command &command : cli::commands()) {
-            const CommandCall help = call({command.name, "--help"});
+            const CommandCall help = call(command.name.split(' ') << "--help");
+            QCOMPARE(call(QStringList {"help"} + command.name.split(' ')).out, help.out);
             QCOMPARE(help.status, 0);
             QVERIFY(help.err.isEmpty());
             QVERIFY(help.out.startsWith("Usage: quillary-cli " + command.name + " [options] " + command.synopsis + '\n'));
             for (const QCommandLineOption &option : command.options)
                 QVERIFY2(help.out.contains("--" + option.names().last()), qPrintable(option.names().last()));
         }
+    }
+
+    void everyCommandHasJson()
+    {
+        for (const cli::Command &command : cli::commands()) {
+            const bool has = std::any_of(command.options.begin(), command.options.end(),
+                                         [](const QCommandLineOption &option) { return option.names().contains("json"); });
+            QVERIFY2(has, qPrintable(command.name));
+        }
+    }
+
+    void helpIsACommandToo()
+    {
+        QCOMPARE(call({"help"}).out, call({"--help"}).out);
+        const CommandCall unknown = call({"help", "frobnicate"});
+        QCOMPARE(unknown.status, 2);
+        QVERIFY(unknown.err.contains("\"frobnicate\""));
+        const QJsonArray one = call({"help", "convert", "--json"}).json()["commands"].toArray();
+        QCOMPARE(one.size(), 1);
+        QCOMPARE(one.at(0).toObject()["name"].toString(), QString("convert"));
+        QCOMPARE(one.at(0).toObject()["synopsis"].toString(), QString("IMAGE"));
+        QCOMPARE(one.at(0).toObject()["options"].toArray().at(0).toObject()["value"].toString(), QString("z64|v64|n64"));
+        QCOMPARE(call({"help", "--json"}).json()["commands"].toArray().size(), cli::commands().size());
     }
 
     void version()
@@ -105,6 +132,9 @@ private slots:
         QTest::newRow("an image too many") << QStringList {"info", "a", "surplus"} << "\"surplus\"";
         QTest::newRow("unknown option") << QStringList {"info", "--frobnicate", "a"} << "frobnicate";
         QTest::newRow("option without its value") << QStringList {"convert", "a", "--order"} << "order";
+        QTest::newRow("two inputs from one stream") << QStringList {"import-folder", "-", "-", "-o", "x"} << "only be read once";
+        QTest::newRow("standard input in place") << QStringList {"convert", "-", "--in-place"} << "is a file";
+        QTest::newRow("two outputs to one stream") << QStringList {"convert", "a", "-o", "-", "--json"} << "standard output";
         QTest::newRow("nowhere to write") << QStringList {"convert", "a"} << "--in-place";
         QTest::newRow("two places to write") << QStringList {"convert", "a", "-o", "b", "--in-place"} << "exclude";
         QTest::newRow("no name to write") << QStringList {"convert", "a", "-o", ""} << "file name";
@@ -128,15 +158,18 @@ private slots:
     void missingImageIsNamed()
     {
         for (const cli::Command &command : cli::commands()) {
-            if (command.name == "demo")
+            if (!command.synopsis.startsWith("IMAGE"))
                 continue;
-            QStringList arguments {command.name, "no/such/image.z64"};
+            QStringList arguments = command.name.split(' ') << "no/such/image.z64";
             while (arguments.size() - 1 < (command.name == "replace" ? command.most : command.fewest))
                 arguments << "Root/x";
             for (const QCommandLineOption &option : command.options) {
                 if (option.names().contains("dry-run") && command.name != "checksum" && command.name != "search")
                     arguments << "--dry-run";
             }
+            if (command.name == "gallery")
+                arguments << "-o"
+                          << "out.html";
             const CommandCall missing = call(arguments);
             QVERIFY2(missing.status == 1, qPrintable(command.name + missing.err));
             QVERIFY2(missing.err.contains("no/such/image.z64"), qPrintable(missing.err));

@@ -1,15 +1,13 @@
 // SPDX-License-Identifier: MIT
-// What stands beside the program, the completion, the manual page and the page about scripts, knows all that it takes.
+// The manual page and the page about scripts know all that the program takes.
 #include "profilefolder.h"
 
-#include "model/textureformat.h"
 #include "codec/compressedblock.h"
 #include "support/bootimages.h"
 #include "verify/verification.h"
 
 #include <QImage>
 #include <QJsonArray>
-#include <QProcess>
 #include <QRegularExpression>
 
 namespace
@@ -17,26 +15,6 @@ namespace
 QString document(const QString &name)
 {
     return QString::fromUtf8(fileBytes(QStringLiteral(QUILLARY_SOURCE_DIR "/") + name));
-}
-
-/// What bash offers for the last of \a words.
-QStringList completions(const QStringList &words)
-{
-    QStringList quoted;
-    for (const QString &word : words)
-        quoted << '\'' + word + '\'';
-    QProcess bash;
-    bash.start("bash",
-               {"--norc", "-c",
-                QStringLiteral("source '%1'; COMP_WORDS=(%2); COMP_CWORD=%3; _quillary_cli; printf '%s\\n' "
-                               "\"${COMPREPLY[@]}\"; complete -p quillary-cli >&2")
-                    .arg(QUILLARY_SOURCE_DIR "/packaging/completions/quillary-cli.bash", quoted.join(' '))
-                    .arg(words.size() - 1)});
-    if (!bash.waitForFinished() || bash.exitCode() != 0)
-        QTest::qFail(bash.readAllStandardError().constData(), __FILE__, __LINE__);
-    QStringList lines = QString::fromUtf8(bash.readAllStandardOutput()).split('\n', Qt::SkipEmptyParts);
-    lines.sort();
-    return lines;
 }
 
 QStringList optionsOf(const cli::Command &command)
@@ -68,58 +46,6 @@ class DocumentsTest : public QObject
     Q_OBJECT
 
 private slots:
-    void completionOffersEveryCommand()
-    {
-        QStringList expected {"--help", "--version"};
-        for (const cli::Command &command : cli::commands())
-            expected << command.name.section(' ', 0, 0);
-        expected.removeDuplicates();
-        expected.sort();
-        QCOMPARE(completions({"quillary-cli", ""}), expected);
-        QCOMPARE(completions({"quillary-cli", "im"}), QStringList({"import-folder", "import-pack"}));
-    }
-
-    void completionOffersEveryOption()
-    {
-        for (const cli::Command &command : cli::commands()) {
-            const QStringList words = QStringList {"quillary-cli"} + command.name.split(' ');
-            QCOMPARE(completions(words + QStringList {"-"}), optionsOf(command));
-            QCOMPARE(completions(words + QStringList {""}), QStringList());
-        }
-    }
-
-    void completionOffersSecondWords()
-    {
-        QMap<QString, QStringList> groups;
-        for (const cli::Command &command : cli::commands()) {
-            if (command.name.contains(' '))
-                groups[command.name.section(' ', 0, 0)] << command.name.section(' ', 1);
-        }
-        for (auto group = groups.begin(); group != groups.end(); ++group) {
-            group->sort();
-            QCOMPARE(completions({"quillary-cli", group.key(), ""}), *group);
-            QCOMPARE(completions({"quillary-cli", group.key(), "-"}), QStringList({"--help", "-h"}));
-        }
-    }
-
-    void completionOffersFixedValues()
-    {
-        QCOMPARE(completions({"quillary-cli", "convert", "--order", ""}), QStringList({"n64", "v64", "z64"}));
-        QCOMPARE(completions({"quillary-cli", "replace", "--resize", "k"}), QStringList({"keep"}));
-        QCOMPARE(completions({"quillary-cli", "search", "--duplicates", ""}), QStringList({"create", "ignore", "overwrite"}));
-        QStringList formats = textureFormats::getAsMap().keys();
-        formats << "rgba16";
-        formats.sort();
-        QCOMPARE(completions({"quillary-cli", "extract", "--format", ""}), formats);
-        QCOMPARE(completions({"quillary-cli", "checksum", "--chip", ""}).size(), 10);
-    }
-
-    void completionLeavesFileNamesToTheShell()
-    {
-        QCOMPARE(completions({"quillary-cli", "extract", "-o", ""}), QStringList());
-        QVERIFY(document("packaging/completions/quillary-cli.bash").contains("complete -o bashdefault -o default"));
-    }
-
     void manualPageKnowsEverything()
     {
         const QString page = document("docs/man/quillary-cli.1").replace("\\-", "-");

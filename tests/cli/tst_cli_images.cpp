@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "support/bootimages.h"
 #include "commandcall.h"
+#include "support/bootimages.h"
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -182,7 +182,7 @@ private slots:
 
     void unwritableTargetIsNamed()
     {
-        const QString target = m_folder->filePath("no/such/folder/out.z64");
+        const QString target = m_path + "/folder/out.z64"; // A file is in the way.
         const CommandCall failed = call({"convert", m_path, "-o", target});
         QCOMPARE(failed.status, 1);
         QVERIFY(failed.err.contains(target));

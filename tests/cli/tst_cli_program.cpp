@@ -4,6 +4,7 @@
 
 #include "support/images.h"
 
+#include <QBuffer>
 #include <QDir>
 #include <QImage>
 #include <QProcess>
@@ -23,7 +24,7 @@ struct Ended
     QByteArray err;
 };
 
-Ended start(const QString &program, const QStringList &arguments)
+Ended start(const QString &program, const QStringList &arguments, const QByteArray &input = QByteArray())
 {
     QProcess process;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
@@ -31,6 +32,8 @@ Ended start(const QString &program, const QStringList &arguments)
         environment.remove(QLatin1String(variable));
     process.setProcessEnvironment(environment);
     process.start(program, arguments);
+    process.write(input);
+    process.closeWriteChannel();
     if (!process.waitForFinished(60000))
         QTest::qFail("the program does not end", __FILE__, __LINE__);
     return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1, process.readAllStandardOutput(),
@@ -93,6 +96,61 @@ private slots:
         QCOMPARE(libraries.status, 0);
         QVERIFY(libraries.out.contains("libQt5Core"));
         QVERIFY(!libraries.out.contains("libQt5Widgets"));
+    }
+
+    void filesGoThroughPipes()
+    {
+        const QByteArray image = cartridgeImage(4096);
+        const Ended turned = start(QUILLARY_CLI_PROGRAM, {"convert", "-", "--order", "v64", "-o", "-"}, image);
+        QCOMPARE(turned.status, 0);
+        QVERIFY(turned.err.isEmpty());
+        QVERIFY(turned.out == withReversedUnits(image, 2));
+        QCOMPARE(start(QUILLARY_CLI_PROGRAM, {"info", "-"}, turned.out).status, 0);
+
+        // Of a profile as well: the identifier is the image's own. Texts go to standard error then.
+        addProfileOf(1);
+        const QStringList profiles {"--profiles", m_folder->filePath("profiles")};
+        const QImage picture = QImage::fromData(start(QStringList {"extract", m_path, "Root/0", "-o", "-"} + profiles).out);
+        QCOMPARE(picture.size(), QSize(4, 4));
+        QImage white(4, 4, QImage::Format_ARGB32);
+        white.fill(Qt::white);
+        QBuffer file;
+        file.open(QIODevice::WriteOnly);
+        white.save(&file, "PNG");
+        const Ended replaced =
+            start(QUILLARY_CLI_PROGRAM, QStringList {"replace", m_path, "Root/0", "-", "-o", "-"} + profiles, file.data());
+        QVERIFY2(replaced.status == 0, replaced.err.constData());
+        QByteArray expected = image;
+        expected.replace(0x100, 16, QByteArray(16, '\xFF'));
+        QVERIFY(replaced.out == expected);
+        const Ended dry = start(QStringList {"convert", m_path, "--order", "v64", "-o", "-", "--dry-run"});
+        QVERIFY(dry.out.isEmpty());
+        QVERIFY(dry.err.contains("Would turn"));
+    }
+
+    void fullPipeIsAFailure()
+    {
+        QProcess process;
+        process.setStandardOutputFile("/dev/full");
+        process.start(QUILLARY_CLI_PROGRAM, {"convert", m_path, "-o", "-"});
+        QVERIFY(process.waitForFinished());
+        QCOMPARE(process.exitCode(), 1);
+        QVERIFY(process.readAllStandardError().contains("No space left"));
+    }
+
+    void foldersAreMadeForTheOutput()
+    {
+        const QString path = m_folder->filePath("new/one/out.z64");
+        QCOMPARE(start({"convert", m_path, "-o", path, "--dry-run"}).status, 0);
+        QVERIFY(!QFile::exists(m_folder->filePath("new")));
+        QCOMPARE(start({"convert", m_path, "-o", path}).status, 0);
+        QVERIFY(fileBytes(path) == cartridgeImage(4096));
+        addProfileOf(1);
+        const QStringList extract {"extract", m_path, "Root/0", "--profiles", m_folder->filePath("profiles"), "-o"};
+        QCOMPARE(start(extract + QStringList {m_folder->filePath("two/a.png")}).status, 0);
+        QVERIFY(QFile::exists(m_folder->filePath("two/a.png")));
+        QCOMPARE(start(extract + QStringList {m_folder->filePath("three/")}).status, 0);
+        QVERIFY(QFile::exists(m_folder->filePath("three/0.png")));
     }
 
     void printsUtf8InAnyLocale()

@@ -251,8 +251,8 @@ void TransferCommandsTest::extractNamesWhatFails_data()
     QTest::addColumn<QString>("message");
     QTest::newRow("no such path") << QStringList {"Root/Gray"} << "Root/Gray";
     QTest::newRow("unknown format") << QStringList {"Root/Odd", "-o", "@/out.png"} << "Root/Odd";
-    QTest::newRow("no such folder") << QStringList {"Root/Grey", "-o", "@/no/out.png"} << "no/out.png";
-    QTest::newRow("file in the way") << QStringList {"Root/Town", "-o", "@/game.z64/x"} << "game.z64/x";
+    QTest::newRow("file in the way") << QStringList {"Root/Grey", "-o", "@/game.z64/no/out.png"} << "game.z64/no";
+    QTest::newRow("file in a folder's way") << QStringList {"Root/Town", "-o", "@/game.z64/x"} << "game.z64/x";
     QTest::newRow("name that leads out") << QStringList {"Root/up/../down", "-o", "@/"} << "up/../down";
     QTest::newRow("no JPEG") << QStringList {"--offset", "0x3000", "--format", "jpeg", "-o", "@/out.jpeg"} << "0x00003000";
     QTest::newRow("outside") << QStringList {"--offset", "0x9000",   "--format", "i8", "--width",
