@@ -116,11 +116,6 @@ void MainWindow::clearFileTable()
 {
     const bool showedSelection = currentROM.lastSelectedFolder || currentROM.lastSelectedTexture;
     fileTreeDirectory *root = currentROM.root;
-    // The nodes stay until the program ends, but not more of them than needed.
-    root->forgetNames();
-    const QList<fileTreeDirectory *> folders = fileTreeContainer().allDirectories(root);
-    for (fileTreeDirectory *folder : folders)
-        folder->forgetNames();
     root->directories.clear();
     root->files.clear();
     currentROM.selectedType = NothingSelected;

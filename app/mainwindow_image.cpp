@@ -65,7 +65,6 @@ void MainWindow::loadFile(const QString &fileName)
     const bool identified = normaliseImage(&image, hadDialogPath && !isBlock);
     currentROM.baseName = QFileInfo(fileName).completeBaseName();
     currentROM.loaded = true;
-    releaseImageBytes();
     currentROM.data = image;
     currentROM.romID = identified ? cartridgeIdentifier(image) : currentROM.baseName;
 

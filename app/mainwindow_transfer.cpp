@@ -110,7 +110,7 @@ QString pictureFilter(const QString &label, const QString &extension)
 void MainWindow::importTexture(QImage image, int address, QString format, QByteArray rawImage)
 {
     WindowLog log(this, Q_FUNC_INFO);
-    if (writeTexture(&currentROM.data, image, address, format, rawImage, &log) == WriteOutcome::Written)
+    if (writeTexture(&currentROM, image, address, format, rawImage, &log) == WriteOutcome::Written)
         setWindowModified(true);
 }
 

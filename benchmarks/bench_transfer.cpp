@@ -128,7 +128,7 @@ int main(int argc, char **argv)
         QString report;
         importing.measureAgainst(decoding, [&] {
             const TextureSink sink = [&](const QImage &picture, int address, const QString &format, const QByteArray &raw) {
-                written += writeTexture(&currentROM.data, picture, address, format, raw, &log) == WriteOutcome::Written;
+                written += writeTexture(&currentROM, picture, address, format, raw, &log) == WriteOutcome::Written;
             };
             importPictureFolder(directory + "/Textures", folder, sink, &progress, &log, &report);
         });

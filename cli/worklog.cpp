@@ -28,7 +28,7 @@ TextureSink ImageWriter::sink()
 void ImageWriter::write(const QImage &picture, int address, const QString &format, const QByteArray &rawPicture)
 {
     LastMessage log;
-    if (writeTexture(&currentROM.data, picture, address, format, rawPicture, &log) == WriteOutcome::Written)
+    if (writeTexture(&currentROM, picture, address, format, rawPicture, &log) == WriteOutcome::Written)
         ++written;
     else
         failures.append(QStringLiteral("%1, %2: %3").arg(hexNumber(address), format, log.text));

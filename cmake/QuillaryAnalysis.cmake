@@ -32,7 +32,6 @@ endif()
 
 # Clang-tidy reads each source as it is compiled, so what moc generates has to be there; the findings in it are not ours to mend.
 # It takes minutes for the program alone; tests, fuzzers and benchmarks are left to cppcheck and to the warnings of the compiler.
-# treerows.cpp is a source of every program that shows the window, and would be read once for each: it is left out as well.
 # The standard is named because CMake leaves it out where it is the compiler's default, which need not be clang's.
 find_program(QUILLARY_CLANG_TIDY clang-tidy)
 find_program(QUILLARY_RUN_CLANG_TIDY run-clang-tidy)
@@ -44,7 +43,7 @@ if(QUILLARY_CLANG_TIDY AND QUILLARY_RUN_CLANG_TIDY)
     set(ours "^${Quillary_SOURCE_DIR}/(${folders})/")
     add_custom_target(analyze-tidy
         COMMAND ${QUILLARY_RUN_CLANG_TIDY} -clang-tidy-binary ${QUILLARY_CLANG_TIDY} -p ${Quillary_BINARY_DIR} -quiet
-                -j ${QUILLARY_PROCESSORS} -extra-arg-before=-std=c++17 -header-filter ${ours} "${ours}(?!treerows)"
+                -j ${QUILLARY_PROCESSORS} -extra-arg-before=-std=c++17 -header-filter ${ours} "${ours}"
         COMMENT "clang-tidy" USES_TERMINAL VERBATIM)
     get_property(targets GLOBAL PROPERTY QUILLARY_TARGETS)
     foreach(target IN LISTS targets)

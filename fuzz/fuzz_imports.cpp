@@ -134,13 +134,14 @@ void makeTable(FuzzInput *input, fileTreeDirectory *folder, int depth)
 class CheckedImage
 {
 public:
-    CheckedImage() : m_bytes(imageBytes, '\0')
+    CheckedImage()
     {
-        for (int i = 0; i < m_bytes.size(); ++i)
-            m_bytes[i] = char(i % 4 == 3 ? i : 0);
+        m_rom.data = QByteArray(imageBytes, '\0');
+        for (int i = 0; i < m_rom.data.size(); ++i)
+            m_rom.data[i] = char(i % 4 == 3 ? i : 0);
     }
 
-    const QByteArray &bytes() const { return m_bytes; }
+    const QByteArray &bytes() const { return m_rom.data; }
     QStringList taken;
 
     TextureSink sink()
@@ -162,22 +163,28 @@ private:
         constexpr int mostGrowth = 64 * 1024; // More is right as well, but slow.
         if (address > mostGrowth && address < maximumImageBytes)
             return;
-        const QByteArray before = m_bytes;
+        const QByteArray before = m_rom.data;
         WorkLog log;
-        if (writeTexture(&m_bytes, picture, address, format, raw, &log) != WriteOutcome::Written) {
-            require(m_bytes == before, "what cannot be written changes nothing");
+        if (writeTexture(&m_rom, picture, address, format, raw, &log) != WriteOutcome::Written) {
+            require(m_rom.data == before, "what cannot be written changes nothing");
             return;
         }
         const textureFormat record = textureFormats::getAsMap().value(format);
         const int length =
             format == textureFormats::jpeg.name ? raw.size() : textureManipulator::generateData(picture, record).size();
         const int end = length > 0 ? address + length : 0;
-        require(m_bytes.size() == qMax(before.size(), end), "the image grows as far as the texture reaches, and is never cut");
-        require(m_bytes.left(address).startsWith(before.left(address)), "what lies before the texture stays");
-        require(length == 0 || m_bytes.mid(end) == before.mid(end), "what lies behind the texture stays");
+        require(m_rom.data.size() == qMax(before.size(), end), "the image grows as far as the texture reaches, and is never cut");
+        require(m_rom.data.left(address).startsWith(before.left(address)), "what lies before the texture stays");
+        require(length == 0 || m_rom.data.mid(end) == before.mid(end), "what lies behind the texture stays");
     }
 
-    QByteArray m_bytes;
+    static ROM &sharedRom()
+    {
+        static ROM rom;
+        return rom;
+    }
+
+    ROM &m_rom = sharedRom(); ///< One for all runs: the nodes that a ROM makes are never freed.
 };
 
 /// What a pack's directory shows: neither hidden entries nor pipes nor links that lead nowhere.

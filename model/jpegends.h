@@ -2,21 +2,14 @@
 #pragma once
 
 #include <QByteArray>
-#include <QMap>
 
-/// Finds the end markers of JPEG streams in an image. It keeps in mind where there are none over long stretches, so that
-/// measuring many entries whose end is far away, or missing, does not read those bytes once for each.
-class JpegEnds
-{
-public:
-    /// The position of the first end marker (FF D9) in \a image from \a from on, -1 if there is none.
-    int next(const QByteArray &image, int from);
-    /// Lets go of the image that was searched last. Until then it shares that image's bytes, by which it sees that they are still
-    /// the same; a write to a shared image copies it.
-    void forget();
+/// The position of the first JPEG end marker (FF D9) in \a image from byte \a from on, 0 to the image's size; -1 if there is
+/// none. Where the marker is not near, all markers of the image are found once and kept, so that asking for many positions does
+/// not read the rest of the image each time.
+///
+/// The kept markers are those of a copy that shares the image's bytes. Any write to the image, also directly to ROM::data, then
+/// gives it other bytes, which tells that the markers are outdated. The price is that such a write copies the image once.
+int nextJpegEnd(const QByteArray &image, int from);
 
-private:
-    QByteArray m_image;
-    /// No end marker begins between the key and the value; one does at the value, unless that is the end of the image.
-    QMap<int, int> m_stretches;
-};
+/// Discards the kept markers and the shared copy, so that the next write copies nothing.
+void forgetJpegEnds();

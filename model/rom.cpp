@@ -2,52 +2,17 @@
 #include "model/rom.h"
 
 #include "base/debuglog.h"
+#include "base/wrapping.h"
+#include "model/bulkadder.h"
 #include "model/jpegends.h"
 #include "model/textureformat.h"
-#include "base/wrapping.h"
 
+#include <QIcon>
+#include <QTreeWidgetItem>
 #include <QtEndian>
 
 #include <algorithm>
-#include <cmath>
-
-/// Holds every node, so that those no longer linked into the table are released at exit.
-class NodeRegistry
-{
-public:
-    static NodeRegistry &instance()
-    {
-        static NodeRegistry registry;
-        return registry;
-    }
-
-    void add(fileTreeNode *node)
-    {
-        node->m_next = m_first;
-        if (m_first)
-            m_first->m_previous = node;
-        m_first = node;
-    }
-
-    void remove(fileTreeNode *node)
-    {
-        if (node->m_previous)
-            node->m_previous->m_next = node->m_next;
-        else
-            m_first = node->m_next;
-        if (node->m_next)
-            node->m_next->m_previous = node->m_previous;
-    }
-
-    ~NodeRegistry()
-    {
-        while (m_first)
-            delete m_first; // NOLINT(clang-analyzer-cplusplus.NewDelete): the destructor takes the node out, m_first is the next
-    }
-
-private:
-    fileTreeNode *m_first = nullptr;
-};
+#include <deque>
 
 namespace
 {
@@ -72,7 +37,7 @@ QString pathOfFolders(const fileTreeDirectory *directory)
     return path;
 }
 
-/// Part of the loaded image, cut at its end; null when it starts outside.
+/// Bytes of the loaded image, cut at its end; null when they start outside.
 QByteArray bytesOfImage(int address, int size)
 {
     const QByteArray &image = currentROM.data;
@@ -81,14 +46,9 @@ QByteArray bytesOfImage(int address, int size)
     return image.mid(address, size);
 }
 
-JpegEnds &jpegEnds()
-{
-    static JpegEnds ends;
-    return ends;
-}
-
 constexpr int noJpegStart = -1;
 constexpr int noJpegTables = -2;
+constexpr int noJpegEnd = 1;
 
 /// Length of the JPEG stream that starts at \a address of the loaded image. Markers are walked up to the first quantisation
 /// table (DQT), so that an end marker in a thumbnail before it does not count.
@@ -110,8 +70,8 @@ int jpegSize(int address)
         const quint16 marker = wordAt(position);
         position += 2;
         if (marker == quantisationTable) {
-            const int end = jpegEnds().next(image, int(address + position));
-            return end < 0 ? 1 : end - address + 2; // A missing end yields 1; such entries are shown as they always were.
+            const int end = nextJpegEnd(image, int(address + position));
+            return end < 0 ? noJpegEnd : end - address + 2;
         }
         if (marker == startOfImage)
             continue;
@@ -132,52 +92,47 @@ template<typename Node> Node *firstByName(const QList<Node *> &nodes, const QStr
     return nullptr;
 }
 
-/// \a requested as the rules for names turn it for a node that carries \a current, among the siblings that \a names counts
-/// (null without a parent).
-QString nameToTake(QString requested, const NodeName &current, const QString &fallback, const std::shared_ptr<NameIndex> &names)
+/// Names \a node by the naming rule among \a siblings, the list of its parent; null without a parent.
+template<typename Node> void nameAmong(const QList<Node *> *siblings, Node *node, const QString &newName)
 {
-    if (requested.isEmpty())
-        requested = current.isEmpty() ? fallback : current;
-    if (!names)
-        return requested;
-    const bool listed = current.index() == names;
-    return names->freeName(requested, listed ? QString(current) : QString());
+    const QString current = node->name.isEmpty() ? Node::defaultName() : node->name;
+    const QString requested = newName.isEmpty() ? current : newName;
+    if (!siblings) {
+        node->name = requested;
+        return;
+    }
+    const auto hasName = [&](const Node *sibling) { return sibling != node && sibling->name == requested; };
+    if (std::none_of(siblings->cbegin(), siblings->cend(), hasName)) {
+        node->name = requested;
+        return;
+    }
+    SiblingNames names;
+    for (const Node *sibling : *siblings) {
+        if (sibling != node)
+            names.insert(sibling->name);
+    }
+    node->name = names.take(requested);
 }
 
-QString defaultTextureName()
+/// Removes \a row from \a parentRow, which then shows whether it is empty.
+void removeRow(QTreeWidgetItem *parentRow, QTreeWidgetItem *row)
 {
-    return QStringLiteral("New Texture");
-}
-
-QString defaultFolderName()
-{
-    return QStringLiteral("New Folder");
-}
-
-void takeOutRow(QTreeWidgetItem *parentRow, QTreeWidgetItem *row)
-{
-    if (parentRow && row && removeTreeRow)
-        removeTreeRow(parentRow, row);
+    if (!parentRow || !row)
+        return;
+    parentRow->removeChild(row);
+    if (parentRow->childCount() == 0)
+        parentRow->setIcon(0, QIcon(QStringLiteral(":/icons/folder_empty")));
 }
 }
 
-TreeRowRemover removeTreeRow = nullptr;
 ROM currentROM;
 
-fileTreeNode::fileTreeNode()
+void *fileTreeNode::operator new(std::size_t bytes)
 {
-    NodeRegistry::instance().add(this);
+    static auto &nodes = *new std::deque<void *>;
+    nodes.push_back(::operator new(bytes));
+    return nodes.back();
 }
-
-fileTreeNode::~fileTreeNode()
-{
-    NodeRegistry::instance().remove(this);
-}
-
-// The format's name is spelt out: currentROM makes a texture before main(), when the format records may not be there yet.
-fileTreeFile::fileTreeFile() : name(defaultTextureName()), format(QStringLiteral("rgba32")) {}
-
-fileTreeFile::~fileTreeFile() = default;
 
 int fileTreeFile::realAddress() const
 {
@@ -191,11 +146,19 @@ int fileTreeFile::realPaletteAddress() const
 
 int fileTreeFile::size() const
 {
-    if (format == textureFormats::jpeg.name)
+    if (textureFormats::isJpeg(format))
         return jpegSize(realAddress());
-    const textureFormat record = textureFormats::getAsMap().value(format, textureFormats::null);
+    const textureFormat *record = textureFormats::find(format);
     const int pixels = int(unsigned(width) * unsigned(height));
-    return int(unsigned(qint64(pixels * record.bytesPerPixel)));
+    return record ? int(textureFormats::bytesOfPixels(*record, pixels)) : 0;
+}
+
+qint64 fileTreeFile::unwrappedSize() const
+{
+    if (textureFormats::isJpeg(format))
+        return jpegSize(realAddress());
+    const textureFormat *record = textureFormats::find(format);
+    return record ? textureFormats::bytesOfPixels(*record, qint64(width) * height) : 0;
 }
 
 QByteArray fileTreeFile::data() const
@@ -205,19 +168,18 @@ QByteArray fileTreeFile::data() const
 
 QByteArray fileTreeFile::palette() const
 {
-    const textureFormat record = textureFormats::getAsMap().value(format);
-    if (!record.usesPalette)
+    const textureFormat *record = textureFormats::find(format);
+    if (!record || !record->usesPalette)
         return QByteArray();
     QUILLARY_DEBUG_AS("QByteArray fileTreeFile::palette()") << realPaletteAddress();
-    constexpr int bytesPerColour = 2;
-    return bytesOfImage(realPaletteAddress(), bytesPerColour * int(std::pow(256, record.bytesPerPixel)));
+    return bytesOfImage(realPaletteAddress(), textureFormats::paletteBytes(*record));
 }
 
 bool fileTreeFile::exists() const
 {
     if (name.isNull())
         return false;
-    if (format.toLower() == textureFormats::jpeg.name)
+    if (textureFormats::isJpegInAnyCase(format))
         return true;
     return !format.isNull() && width >= 1 && height >= 1;
 }
@@ -234,98 +196,25 @@ QString fileTreeFile::path() const
 
 void fileTreeFile::setName(const QString &newName)
 {
-    name = nameToTake(newName, name, defaultTextureName(),
-                      parent ? parent->m_namedFiles.names(parent->files) : std::shared_ptr<NameIndex>());
+    nameAmong(parent ? &parent->files : nullptr, this, newName);
+}
+
+void fileTreeFile::leaveView()
+{
+    if (parent)
+        removeRow(parent->treeItem, treeItem);
+    if (currentROM.lastSelectedTexture == this)
+        currentROM.lastSelectedTexture = nullptr;
 }
 
 void fileTreeFile::destroy()
 {
+    leaveView();
     if (parent)
-        takeOutRow(parent->treeItem, treeItem);
-    if (currentROM.lastSelectedTexture == this)
-        currentROM.lastSelectedTexture = nullptr;
-    if (parent)
-        parent->m_namedFiles.remove(&parent->files, this);
+        parent->files.removeAll(this);
 }
 
-template<typename Node>
-const std::shared_ptr<NameIndex> &fileTreeDirectory::NamedList<Node>::names(const QList<Node *> &list)
-{
-    if (!index || index->isStale() || !list.isSharedWith(indexed)) {
-        index = std::make_shared<NameIndex>();
-        for (Node *node : list)
-            node->name.join(index);
-        indexed = list;
-    }
-    return index;
-}
-
-template<typename Node> void fileTreeDirectory::NamedList<Node>::append(QList<Node *> *list, Node *node)
-{
-    names(*list);
-    indexed.clear(); // Unshared while the list is written to, or the list would be copied.
-    list->append(node);
-    indexed = *list;
-    node->name.join(index);
-}
-
-template<typename Node> void fileTreeDirectory::NamedList<Node>::remove(QList<Node *> *list, Node *node)
-{
-    names(*list);
-    indexed.clear();
-    if (list->removeAll(node) > 0 && node->name.index() == index)
-        node->name.leave();
-    indexed = *list;
-}
-
-template<typename Node>
-void fileTreeDirectory::NamedList<Node>::replace(QList<Node *> *list, const QSet<Node *> &removed, const QList<Node *> &appended)
-{
-    indexed.clear();
-    if (!removed.isEmpty())
-        list->erase(std::remove_if(list->begin(), list->end(), [&removed](Node *node) { return removed.contains(node); }),
-                    list->end());
-    *list += appended;
-    indexed = *list;
-}
-
-template<typename Node> void fileTreeDirectory::NamedList<Node>::sort(QList<Node *> *list)
-{
-    const bool indexIsValid = list->isSharedWith(indexed);
-    indexed.clear();
-    std::stable_sort(list->begin(), list->end(), [](const Node *a, const Node *b) { return a->address < b->address; });
-    // Without an index the next name asked for makes one; an emptied list could not be told from the cleared copy otherwise.
-    if (indexIsValid)
-        indexed = *list;
-    else
-        index.reset();
-}
-
-fileTreeDirectory::fileTreeDirectory()
-    : name(defaultFolderName()), size(currentROM.loaded ? currentROM.data.size() : 0)
-{
-}
-
-fileTreeDirectory::fileTreeDirectory(const fileTreeDirectory &other)
-    : fileTreeNode(other), parent(other.parent), treeItem(other.treeItem), directories(other.directories), files(other.files),
-      name(other.name), size(other.size), address(other.address), isRoot(other.isRoot)
-{
-}
-
-fileTreeDirectory &fileTreeDirectory::operator=(const fileTreeDirectory &other)
-{
-    if (this == &other)
-        return *this;
-    parent = other.parent;
-    treeItem = other.treeItem;
-    directories = other.directories;
-    files = other.files;
-    isRoot = other.isRoot;
-    copyValues(other);
-    return *this;
-}
-
-fileTreeDirectory::~fileTreeDirectory() = default;
+fileTreeDirectory::fileTreeDirectory() : size(currentROM.loaded ? currentROM.data.size() : 0) { }
 
 int fileTreeDirectory::realAddress() const
 {
@@ -349,8 +238,7 @@ QString fileTreeDirectory::path() const
 
 void fileTreeDirectory::setName(const QString &newName)
 {
-    name = nameToTake(newName, name, defaultFolderName(),
-                      parent ? parent->m_namedDirectories.names(parent->directories) : std::shared_ptr<NameIndex>());
+    nameAmong(parent ? &parent->directories : nullptr, this, newName);
 }
 
 void fileTreeDirectory::setSize(int newSize)
@@ -380,38 +268,15 @@ void fileTreeDirectory::updateBoundary()
 fileTreeFile *fileTreeDirectory::addFile(fileTreeFile *file)
 {
     file->parent = this;
-    m_namedFiles.append(&files, file);
+    files.append(file);
     file->setName(file->name);
     return file;
-}
-
-void fileTreeDirectory::addFiles(const QVector<fileTreeReplacement> &changes)
-{
-    // Names come and go one by one, since each decides what is free for the next; the list changes once.
-    const std::shared_ptr<NameIndex> names = m_namedFiles.names(files);
-    QSet<fileTreeFile *> removed;
-    QList<fileTreeFile *> appended;
-    for (const fileTreeReplacement &change : changes) {
-        if (change.replaced) {
-            takeOutRow(treeItem, change.replaced->treeItem);
-            if (currentROM.lastSelectedTexture == change.replaced)
-                currentROM.lastSelectedTexture = nullptr;
-            if (change.replaced->name.index() == names)
-                change.replaced->name.leave();
-            removed.insert(change.replaced);
-        }
-        change.added->parent = this;
-        change.added->name.join(names);
-        change.added->setName(change.added->name);
-        appended.append(change.added);
-    }
-    m_namedFiles.replace(&files, removed, appended);
 }
 
 fileTreeDirectory *fileTreeDirectory::addDirectory(fileTreeDirectory *directory)
 {
     directory->parent = this;
-    m_namedDirectories.append(&directories, directory);
+    directories.append(directory);
     directory->setName(directory->name);
     return directory;
 }
@@ -438,28 +303,30 @@ int fileTreeDirectory::containsFile(const fileTreeFile *file, bool equal) const
     return found == files.cend() ? -1 : int(found - files.cbegin());
 }
 
+bool sortDirectoryDown(const fileTreeDirectory *a, const fileTreeDirectory *b)
+{
+    return a->address < b->address;
+}
+
+bool sortFileDown(const fileTreeFile *a, const fileTreeFile *b)
+{
+    return a->address < b->address;
+}
+
 void fileTreeDirectory::sort()
 {
-    m_namedDirectories.sort(&directories);
-    m_namedFiles.sort(&files);
+    std::stable_sort(directories.begin(), directories.end(), sortDirectoryDown);
+    std::stable_sort(files.begin(), files.end(), sortFileDown);
 }
 
 void fileTreeDirectory::destroy()
 {
     if (parent)
-        takeOutRow(parent->treeItem, treeItem);
+        removeRow(parent->treeItem, treeItem);
     if (currentROM.lastSelectedFolder == this)
         currentROM.lastSelectedFolder = nullptr;
     if (parent)
-        parent->m_namedDirectories.remove(&parent->directories, this);
-}
-
-void fileTreeDirectory::forgetNames()
-{
-    if (m_namedFiles.index)
-        m_namedFiles.index->dissolve();
-    if (m_namedDirectories.index)
-        m_namedDirectories.index->dissolve();
+        parent->directories.removeAll(this);
 }
 
 void fileTreeDirectory::copyValues(const fileTreeDirectory &values)
@@ -475,7 +342,7 @@ QList<fileTreeDirectory *> fileTreeContainer::allDirectories(const fileTreeDirec
     if (!directory)
         return found;
     // The children come as one block; then each child's own blocks, the first child's before the second's.
-    QList<const fileTreeDirectory *> waiting{directory};
+    QList<const fileTreeDirectory *> waiting {directory};
     while (!waiting.isEmpty()) {
         const QList<fileTreeDirectory *> &children = waiting.takeLast()->directories;
         found += children;
@@ -490,7 +357,7 @@ QList<fileTreeFile *> fileTreeContainer::allFiles(const fileTreeDirectory *direc
     QList<fileTreeFile *> found;
     if (!directory)
         return found;
-    QList<const fileTreeDirectory *> waiting{directory};
+    QList<const fileTreeDirectory *> waiting {directory};
     while (!waiting.isEmpty()) {
         const fileTreeDirectory *next = waiting.takeLast();
         found += next->files;
@@ -514,13 +381,18 @@ fileTreeFile *fileTreeContainer::fileFromPath(const QString &path) const
     return found;
 }
 
-void releaseImageBytes()
-{
-    jpegEnds().forget();
-}
-
-ROM::ROM() : root(new fileTreeDirectory), editedFolder(new fileTreeDirectory), editedTexture(new fileTreeFile)
+ROM::ROM() : root(new fileTreeDirectory)
 {
     root->name = QStringLiteral("Root");
     root->isRoot = true;
+}
+
+bool ROM::overwrite(int address, const QByteArray &bytes)
+{
+    const qint64 end = qint64(address) + bytes.size();
+    if (address < 0 || (end > data.size() && end > maximumImageBytes))
+        return false;
+    forgetJpegEnds();
+    data.replace(address, bytes.size(), bytes);
+    return true;
 }

@@ -2,6 +2,7 @@
 #include "persist/filelist.h"
 
 #include "base/hexnumber.h"
+#include "model/bulkadder.h"
 #include "model/rom.h"
 #include "model/textureformat.h"
 #include "persist/attributeguard.h"
@@ -11,6 +12,8 @@
 #include <QVector>
 #include <QXmlStreamReader>
 #include <QXmlStreamWriter>
+
+#include <vector>
 
 namespace
 {
@@ -59,12 +62,15 @@ private:
     {
         if (m_xml.attributes().value(QLatin1String("version")).toInt() == versionOfFileElements)
             m_textureElement = QLatin1String("file");
-        m_folder = m_root;
+        if (m_open.empty())
+            m_open.emplace_back(m_root);
+        m_open.erase(m_open.begin() + 1, m_open.end());
+        m_isInDocument = true;
     }
 
     void startDirectory()
     {
-        if (!m_folder)
+        if (!m_isInDocument)
             return;
         auto *directory = new fileTreeDirectory;
         directory->size = 0;
@@ -82,33 +88,37 @@ private:
             directory->address = 0;
         if (directory->size <= 0)
             directory->size = m_imageSize - directory->address;
-        m_folder = m_folder->addDirectory(directory);
+        m_open.back().addDirectory(directory);
+        m_open.emplace_back(directory);
         if (m_observer)
-            m_observer->directoryStarted(m_folder);
+            m_observer->directoryStarted(directory);
     }
 
     void endDirectory()
     {
-        if (!m_folder)
+        if (!m_isInDocument)
             return;
         if (m_observer)
-            m_observer->directoryEnded(m_folder);
-        m_folder = m_folder == m_root ? nullptr : m_folder->parent;
+            m_observer->directoryEnded(m_open.back().folder());
+        if (m_open.size() > 1)
+            m_open.pop_back();
+        else
+            m_isInDocument = false;
     }
 
     /// \a name as text; one text for all textures of a known format, since a table has many of few formats.
     QString sharedFormat(const QStringRef &name) const
     {
-        for (auto format = m_formats.keyBegin(); format != m_formats.keyEnd(); ++format) {
-            if (*format == name)
-                return *format;
+        for (const textureFormat &format : m_formats) {
+            if (format.name == name)
+                return format.name;
         }
         return name.toString();
     }
 
     void addTexture()
     {
-        if (!m_folder)
+        if (!m_isInDocument)
             return;
         auto *texture = new fileTreeFile;
         const QXmlStreamAttributes attributes = m_xml.attributes();
@@ -127,7 +137,7 @@ private:
             else if (name == QLatin1String("palette"))
                 texture->paletteAddress = parseHexadecimal(attribute.value());
         }
-        m_folder->addFile(texture);
+        m_open.back().addFile(texture);
         if (m_observer)
             m_observer->fileAdded(texture);
     }
@@ -136,7 +146,8 @@ private:
     int m_imageSize;
     fileTreeDirectory *m_root;
     FileListObserver *m_observer;
-    fileTreeDirectory *m_folder = nullptr; ///< Where elements go; null before the document element and after a stray end.
+    std::vector<BulkAdder> m_open; ///< The root and the folders that are open in it; the last is the one that elements go to.
+    bool m_isInDocument = false; ///< False before the document element and after a stray end: elements are ignored.
     QLatin1String m_textureElement {"texture"};
     const QMap<QString, textureFormat> m_formats = textureFormats::getAsMap();
 };
@@ -148,18 +159,18 @@ void writeDirectoryAttributes(QXmlStreamWriter *writer, const fileTreeDirectory 
     writer->writeAttribute(QStringLiteral("size"), hexNumber(directory.size));
 }
 
-void writeTexture(QXmlStreamWriter *writer, const fileTreeFile &texture, const QMap<QString, textureFormat> &formats)
+void writeTexture(QXmlStreamWriter *writer, const fileTreeFile &texture)
 {
     writer->writeEmptyElement(QStringLiteral("texture"));
     writer->writeAttribute(QStringLiteral("name"), xmlText(texture.name));
     writer->writeAttribute(QStringLiteral("address"), hexNumber(texture.address));
     writer->writeAttribute(QStringLiteral("format"), xmlText(texture.format));
-    if (texture.format.compare(QLatin1String("jpeg"), Qt::CaseInsensitive) != 0) {
+    if (!textureFormats::isJpegInAnyCase(texture.format)) {
         writer->writeAttribute(QStringLiteral("width"), QString::number(texture.width));
         writer->writeAttribute(QStringLiteral("height"), QString::number(texture.height));
     }
-    const auto format = formats.constFind(texture.format);
-    if (format != formats.constEnd() && format->usesPalette)
+    const textureFormat *format = textureFormats::find(texture.format);
+    if (format && format->usesPalette)
         writer->writeAttribute(QStringLiteral("palette"), hexNumber(texture.paletteAddress));
 }
 
@@ -206,7 +217,6 @@ void writeFolder(QXmlStreamWriter *writer, const fileTreeDirectory *directory)
         const fileTreeDirectory *folder;
         int nextChild;
     };
-    const QMap<QString, textureFormat> formats = textureFormats::getAsMap();
     const bool formatting = writer->autoFormatting();
     const auto formatLevel = [writer, formatting](int level) {
         writer->setAutoFormatting(formatting && level <= deepestIndentation);
@@ -226,7 +236,7 @@ void writeFolder(QXmlStreamWriter *writer, const fileTreeDirectory *directory)
             continue;
         }
         for (const fileTreeFile *texture : innermost.folder->files)
-            writeTexture(writer, *texture, formats);
+            writeTexture(writer, *texture);
         open.removeLast();
         formatLevel(open.size());
         if (!open.isEmpty())

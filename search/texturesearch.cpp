@@ -3,12 +3,11 @@
 
 #include "codec/pictureloader.h"
 #include "codec/texturemanipulator.h"
+#include "model/bulkadder.h"
 #include "search/patternsearch.h"
 #include "search/searchobserver.h"
 
 #include <QFileInfo>
-
-#include <cmath>
 
 qint64 mostPatternBytes(qint64 rangeSize)
 {
@@ -117,7 +116,7 @@ bool TextureSearch::addToBatch(const QString &file, PatternBatch *batch)
 /// The bytes to search for; empty if the format cannot be encoded or the bytes do not fit in the range.
 QByteArray TextureSearch::encoded(const QImage &image, const textureFormat &format) const
 {
-    const double size = std::ceil(double(image.width()) * image.height() * format.bytesPerPixel);
+    const qint64 size = textureFormats::encodedBytes(format, qint64(image.width()) * image.height());
     return size > m_range.size ? QByteArray() : textureManipulator::generateData(image, format);
 }
 
@@ -193,7 +192,7 @@ void TextureSearch::storeHits(const QVector<Hit> &hits, const QString &name, con
         m_entries = std::make_unique<EntryIndex>(*m_folder);
 
     const QStringList formats = m_options.formats.keys();
-    QVector<fileTreeReplacement> changes;
+    QVector<TextureReplacement> changes;
     QVector<fileTreeFile *> added;
     QVector<fileTreeFile *> replaced;
     for (const Hit &hit : hits) {
@@ -206,7 +205,7 @@ void TextureSearch::storeHits(const QVector<Hit> &hits, const QString &name, con
         fileTreeFile *old = m_entries ? m_entries->takeEqualTo(*entry) : nullptr;
         if (m_entries)
             m_entries->add(entry);
-        changes.append(fileTreeReplacement {entry, old});
+        changes.append(TextureReplacement {entry, old});
         added.append(entry);
         if (old)
             replaced.append(old);
@@ -214,6 +213,6 @@ void TextureSearch::storeHits(const QVector<Hit> &hits, const QString &name, con
     }
     if (!replaced.isEmpty())
         m_observer->beforeReplacing(replaced);
-    m_folder->addFiles(changes);
+    BulkAdder(m_folder).replaceFiles(changes);
     m_observer->entriesAdded(added);
 }

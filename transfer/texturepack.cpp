@@ -3,10 +3,11 @@
 
 #include "base/folderbounds.h"
 #include "base/hexnumber.h"
+#include "codec/pictureloader.h"
+#include "model/bulkadder.h"
 #include "model/textureformat.h"
 #include "persist/imagefile.h"
 #include "transfer/debugline.h"
-#include "codec/pictureloader.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -46,7 +47,7 @@ class PackImporter
 public:
     PackImporter(const QString &path, fileTreeDirectory *root, const QByteArray &cartridge, const TextureSink &write,
                  WorkLog *log)
-        : m_path(QDir(path).absolutePath()), m_bounds(m_path), m_root(root), m_cartridge(cartridge), m_write(write), m_log(log)
+        : m_path(QDir(path).absolutePath()), m_bounds(m_path), m_folders(root), m_cartridge(cartridge), m_write(write), m_log(log)
     {
     }
 
@@ -97,24 +98,25 @@ private:
         folder->address = *address;
         folder->name = m_folderPattern.cap(3);
         folder->size = qint32(quint32(m_cartridge.size()) - quint32(*address));
-        m_result.lastFolder = m_root->addDirectory(folder);
+        m_result.lastFolder = m_folders.addDirectory(folder);
         ++m_result.folders;
         m_log->debug(debugLine(QString::number(*address)));
 
         const QVector<QFileInfo> files = entriesOf(entry.filePath());
+        BulkAdder textures(m_result.lastFolder);
         for (const QFileInfo &file : files) {
             if (!file.isDir() && isInside(file))
-                importFile(file, m_result.lastFolder);
+                importFile(file, &textures);
         }
     }
 
-    void importFile(const QFileInfo &file, fileTreeDirectory *folder)
+    void importFile(const QFileInfo &file, BulkAdder *folder)
     {
         if (!matches(&m_texturePattern, file.fileName()))
             return;
         const qint32 address = parseHexadecimal(m_texturePattern.cap(1));
         const QString format = m_texturePattern.cap(2);
-        if (!m_formats.contains(format))
+        if (!textureFormats::find(format))
             return;
         const QImage picture = loadPicture(file.filePath());
         auto *texture = new fileTreeFile;
@@ -136,12 +138,11 @@ private:
 
     QString m_path;
     FolderBounds m_bounds;
-    fileTreeDirectory *m_root;
+    BulkAdder m_folders;
     const QByteArray &m_cartridge;
     const TextureSink &m_write;
     WorkLog *m_log;
     TexturePackImport m_result;
-    const QMap<QString, textureFormat> m_formats = textureFormats::getAsMap();
     QRegExp m_folderPattern {QStringLiteral("([AP])_([0-9A-F]{1,8})_(.*)")};
     QRegExp m_texturePattern {QStringLiteral("([0-9A-F]{1,8})_([^_]+)_(.*)")};
 };

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "base/progress.h"
+#include "model/rom.h"
 
 #include <QByteArray>
 #include <QImage>
@@ -17,15 +18,12 @@ enum class WriteOutcome {
     OutOfRange, ///< The address is negative, or the image would grow past maximumImageBytes.
 };
 
-/// Size up to which writing a texture may make a cartridge image grow: four times the largest cartridge.
-constexpr int maximumImageBytes = 256 * 1024 * 1024;
-
-/// Writes \a picture, encoded in the format named \a format, into \a cartridge from byte \a address on; for "jpeg", in any case,
-/// \a rawPicture, the bytes of the picture's file, as they are. No palette is written. A range that crosses the end or starts
-/// after it makes the image grow, with zero bytes in a gap; nothing to write changes nothing. On any outcome but Written the
-/// image is as it was, and \a log has a status message.
-WriteOutcome writeTexture(QByteArray *cartridge, const QImage &picture, int address, const QString &format,
-                          const QByteArray &rawPicture, WorkLog *log);
+/// Writes \a picture, encoded in the format named \a format, into the image of \a rom from byte \a address on; for "jpeg", in any
+/// case, \a rawPicture, the bytes of the picture's file, as they are. No palette is written. The image grows as
+/// ROM::overwrite() lets it; no bytes to write change nothing. On any outcome but Written the image is as it was, and \a log has
+/// a status message.
+[[nodiscard]] WriteOutcome writeTexture(ROM *rom, const QImage &picture, int address, const QString &format,
+                                        const QByteArray &rawPicture, WorkLog *log);
 
 /// Where imports put the textures they have read: the arguments of writeTexture() that differ from texture to texture.
 using TextureSink = std::function<void(const QImage &picture, int address, const QString &format, const QByteArray &rawPicture)>;

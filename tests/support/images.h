@@ -40,21 +40,7 @@ inline QByteArray withReversedUnits(QByteArray image, int unit)
 /// Puts currentROM back to what it is at program start, with a new root.
 inline void resetCurrentROM()
 {
-    const ROM fresh;
-    currentROM.baseName = fresh.baseName;
-    currentROM.romID = fresh.romID;
-    currentROM.profileName = fresh.profileName;
-    currentROM.autoloadProfile = fresh.autoloadProfile;
-    currentROM.autosave = fresh.autosave;
-    currentROM.profileListUpdating = fresh.profileListUpdating;
-    currentROM.loaded = fresh.loaded;
-    currentROM.data = fresh.data;
-    currentROM.root = fresh.root;
-    currentROM.lastSelectedFolder = fresh.lastSelectedFolder;
-    currentROM.lastSelectedTexture = fresh.lastSelectedTexture;
-    currentROM.editedFolder = fresh.editedFolder;
-    currentROM.editedTexture = fresh.editedTexture;
-    currentROM.selectedType = fresh.selectedType;
+    currentROM = ROM();
 }
 
 /// Puts \a image into currentROM as a loaded image with an empty table.

@@ -58,9 +58,6 @@ inline double nodeBytesOf(const QByteArray &list)
     QString error;
     if (!readFileList(&buffer, 1 << 24, root, nullptr, &error))
         qFatal("%s", qPrintable(error));
-    root->forgetNames();
-    for (fileTreeDirectory *folder : qAsConst(root->directories))
-        folder->forgetNames();
     root->directories.clear();
     return double(heapBytes() - before);
 }

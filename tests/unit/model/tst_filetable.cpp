@@ -7,9 +7,14 @@
 #include <QElapsedTimer>
 #include <QRandomGenerator>
 #include <QTest>
+#include <QTreeWidgetItem>
+#include <QVector>
 
 #include <climits>
 #include <cstring>
+#include <memory>
+#include <type_traits>
+#include <vector>
 
 namespace
 {
@@ -49,6 +54,11 @@ private slots:
     void defaultsOfATexture();
     void defaultsOfAFolder();
     void romAtStart();
+    void romCanBeCopied();
+    void overwrite_data();
+    void overwrite();
+    void overwriteRefusesWhatDoesNotFit();
+    void nodesCanBeMadeAnywhere();
     void realAddresses();
     void addressesWrapAround();
     void size_data();
@@ -59,9 +69,8 @@ private slots:
     void jpegOutsideTheImage();
     void jpegStepsAreLimited();
     void jpegEndsFollowTheImage();
-    void forgottenNamesComeBack();
     void jpegsWithoutEndAreMeasuredQuickly();
-    void measuringKeepsNoSecondImage();
+    void writingKeepsNoSecondImage();
     void dataIsCutAtTheImagesEnd();
     void dataFollowsTheImage();
     void palette();
@@ -77,13 +86,14 @@ private slots:
     void fileFromPathWritesALine();
     void containsFile();
     void sortIsByRelativeAddress();
-    void sortedEmptiedFolderForgetsNames();
     void boundary_data();
     void boundary();
     void boundaryWithoutImage();
     void addFileLeavesThePreviousParentAlone();
     void destroyUnlinks();
     void destroyWithoutParent();
+    void rowsGoWithTheirNodes();
+    void rowsStayWithoutAParentsRow();
     void walkersKeepTheirOrder();
     void depthCostsNoStack();
     void folderValuesAreCopiedWithoutChildren();
@@ -138,6 +148,91 @@ void FileTableTest::romAtStart()
     QCOMPARE(QString(rom.editedFolder->name), QStringLiteral("New Folder"));
     QCOMPARE(QString(rom.editedTexture->name), QStringLiteral("New Texture"));
     QCOMPARE(rom.selectedType, 0);
+}
+
+void FileTableTest::romCanBeCopied()
+{
+    ROM rom;
+    rom.romID = QStringLiteral("NQLE0");
+    rom.data = "bytes";
+    rom.selectedType = 2;
+    fileTreeFile *file = texture(rom.root, "t");
+    rom.lastSelectedTexture = file;
+    const ROM copy = rom;
+    ROM assigned;
+    assigned = rom;
+    for (const ROM &other : {copy, assigned}) {
+        QCOMPARE(other.romID, rom.romID);
+        QCOMPARE(other.data, rom.data);
+        QCOMPARE(other.selectedType, 2);
+        QCOMPARE(other.root, rom.root);
+        QCOMPARE(other.editedFolder, rom.editedFolder);
+        QCOMPARE(other.editedTexture, rom.editedTexture);
+        QCOMPARE(other.lastSelectedTexture, file);
+    }
+    // The bytes are each copy's own; the nodes are shared.
+    QVERIFY(assigned.overwrite(0, "B"));
+    QCOMPARE(rom.data, QByteArray("bytes"));
+    texture(assigned.root, "u");
+    QCOMPARE(rom.root->files.size(), 2);
+}
+
+void FileTableTest::overwrite_data()
+{
+    QTest::addColumn<int>("address");
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QByteArray>("expected");
+    QTest::newRow("inside") << 1 << QByteArray("XY") << QByteArray("aXYd");
+    QTest::newRow("all") << 0 << QByteArray("WXYZ") << QByteArray("WXYZ");
+    QTest::newRow("nothing") << 2 << QByteArray() << QByteArray("abcd");
+    QTest::newRow("across the end") << 3 << QByteArray("XY") << QByteArray("abcXY");
+    QTest::newRow("at the end") << 4 << QByteArray("XY") << QByteArray("abcdXY");
+    QTest::newRow("behind the end") << 7 << QByteArray("XY") << QByteArray("abcd   XY");
+    QTest::newRow("nothing behind the end") << 7 << QByteArray("") << QByteArray("abcd");
+}
+
+void FileTableTest::overwrite()
+{
+    QFETCH(int, address);
+    QFETCH(QByteArray, bytes);
+    QFETCH(QByteArray, expected);
+    ROM rom;
+    rom.data = "abcd";
+    QVERIFY(rom.overwrite(address, bytes));
+    QCOMPARE(rom.data, expected);
+    QCOMPARE(rom.data, QByteArray("abcd").replace(address, bytes.size(), bytes));
+}
+
+void FileTableTest::overwriteRefusesWhatDoesNotFit()
+{
+    ROM rom;
+    rom.data = "abcd";
+    for (const int address : {-1, INT_MIN, INT_MAX, maximumImageBytes - 1})
+        QVERIFY(!rom.overwrite(address, "XY"));
+    QCOMPARE(rom.data, QByteArray("abcd"));
+}
+
+/// Each of these outlives main(). Freeing one of them at exit would end this program with an error.
+static fileTreeFile staticArray[3];
+static const auto staticPointer = std::make_unique<fileTreeDirectory>();
+
+void FileTableTest::nodesCanBeMadeAnywhere()
+{
+    static std::vector<fileTreeFile> staticVector(3);
+    static QVector<fileTreeDirectory> staticQtVector(3);
+    static const std::unique_ptr<fileTreeFile[]> ownedArray(new fileTreeFile[2]);
+    static const auto shared = std::make_shared<fileTreeFile>();
+    std::aligned_storage_t<sizeof(fileTreeFile), alignof(fileTreeFile)> memory;
+    auto *placed = new (&memory) fileTreeFile;
+    QCOMPARE(placed->name, QStringLiteral("New Texture"));
+    placed->~fileTreeFile();
+    // Neither linked nor reachable from here on: not a leak.
+    auto *lost = new fileTreeFile(staticArray[0]);
+    lost->name = QString(1000, QLatin1Char('x'));
+    delete new fileTreeDirectory;
+    staticPointer->addFile(&staticArray[1]);
+    staticArray[1].destroy();
+    QVERIFY(staticPointer->files.isEmpty());
 }
 
 void FileTableTest::realAddresses()
@@ -309,25 +404,6 @@ void FileTableTest::jpegEndsFollowTheImage()
     }
 }
 
-void FileTableTest::forgottenNamesComeBack()
-{
-    fileTreeFile *sky = texture(currentROM.root, "Sky");
-    fileTreeFile *second = texture(currentROM.root, "Sky");
-    fileTreeDirectory *folder = folderIn(currentROM.root, "Sky");
-    currentROM.root->forgetNames();
-    second->name = "Sea"; // a write while nothing counts names
-    currentROM.root->forgetNames();
-    QCOMPARE(QString(texture(currentROM.root, "Sea")->name), QStringLiteral("Sea (2)"));
-    currentROM.root->forgetNames();
-    sky->destroy();
-    QCOMPARE(QString(texture(currentROM.root, "Sky")->name), QStringLiteral("Sky"));
-    currentROM.root->forgetNames();
-    currentROM.root->sort();
-    folder->setName("Sky");
-    QCOMPARE(QString(folder->name), QStringLiteral("Sky"));
-    QCOMPARE(QString(folderIn(currentROM.root, "Sky")->name), QStringLiteral("Sky (2)"));
-}
-
 void FileTableTest::jpegsWithoutEndAreMeasuredQuickly()
 {
     constexpr int imageSize = 16 << 20;
@@ -348,13 +424,14 @@ void FileTableTest::jpegsWithoutEndAreMeasuredQuickly()
     QVERIFY(timer.elapsed() < 10000);
 }
 
-void FileTableTest::measuringKeepsNoSecondImage()
+void FileTableTest::writingKeepsNoSecondImage()
 {
-    fileTreeFile *file = jpegAt(4, "FFD8FFDB" + QByteArray(20000, '0'));
+    fileTreeFile *file = jpegAt(4, "FFD8FFDB" + QByteArray(200000, '0'));
     QCOMPARE(file->size(), 1);
-    QVERIFY(!currentROM.data.isDetached());
-    releaseImageBytes();
-    QVERIFY(currentROM.data.isDetached());
+    const char *bytes = currentROM.data.constData();
+    QVERIFY(currentROM.overwrite(90000, "\xFF\xD9"));
+    QCOMPARE(currentROM.data.constData(), bytes);
+    QCOMPARE(file->size(), 90000 - 4 + 2);
 }
 
 void FileTableTest::dataIsCutAtTheImagesEnd()
@@ -426,7 +503,7 @@ void FileTableTest::paletteLine()
     QVERIFY(capture.all().isEmpty());
     file->format = QStringLiteral("ci4");
     file->palette();
-    QCOMPARE(capture.textsOf("QByteArray fileTreeFile::palette()"), QStringList{"111"});
+    QCOMPARE(capture.textsOf("QByteArray fileTreeFile::palette()"), QStringList {"111"});
     QVERIFY(capture.all().constFirst().file.contains("rom"));
 }
 
@@ -571,7 +648,7 @@ void FileTableTest::fileFromPathWritesALine()
     QVERIFY(capture.all().isEmpty());
     fileTreeContainer().fileFromPath("Root/top");
     QCOMPARE(capture.textsOf("fileTreeFile *fileTreeContainer::fileFromPath(QString)"),
-             QStringList{"Found file from path \"Root/top\""});
+             QStringList {"Found file from path \"Root/top\""});
 }
 
 void FileTableTest::containsFile()
@@ -597,28 +674,6 @@ void FileTableTest::containsFile()
     QCOMPARE(currentROM.root->containsFile(&other, true), -1);
 }
 
-void FileTableTest::sortedEmptiedFolderForgetsNames()
-{
-    fileTreeDirectory folder;
-    for (int round = 0; round < 2; ++round) {
-        auto *file = new fileTreeFile;
-        file->name = QStringLiteral("Sky");
-        auto *directory = new fileTreeDirectory;
-        directory->name = QStringLiteral("Level");
-        folder.addFile(file);
-        folder.addDirectory(directory);
-        QCOMPARE(QString(file->name), QStringLiteral("Sky"));
-        QCOMPARE(QString(directory->name), QStringLiteral("Level"));
-        // As when a table is replaced, saved while it is empty, and replaced again.
-        for (int i = 0; i < 2; ++i) {
-            folder.files.clear();
-            folder.directories.clear();
-            if (i == 0)
-                folder.sort();
-        }
-    }
-}
-
 void FileTableTest::sortIsByRelativeAddress()
 {
     fileTreeDirectory *a = folderIn(currentROM.root, "a", 5);
@@ -628,8 +683,8 @@ void FileTableTest::sortIsByRelativeAddress()
     texture(a, "2", 2);
     texture(a, "1", 1);
     currentROM.root->sort();
-    QCOMPARE(currentROM.root->directories, (QList<fileTreeDirectory *>{b, a}));
-    QCOMPARE(currentROM.root->files, (QList<fileTreeFile *>{early, late}));
+    QCOMPARE(currentROM.root->directories, (QList<fileTreeDirectory *> {b, a}));
+    QCOMPARE(currentROM.root->files, (QList<fileTreeFile *> {early, late}));
     QCOMPARE(QString(a->files.first()->name), QStringLiteral("2"));
 }
 
@@ -674,7 +729,7 @@ void FileTableTest::boundaryWithoutImage()
     QCOMPARE(folder.size, 77);
     QCOMPARE(folder.address, -3);
     const QString line = QStringLiteral("Could not update file boundary because the ROM isn't loaded");
-    QCOMPARE(capture.textsOf("void fileTreeDirectory::updateBoundary()"), (QStringList{line, line, line}));
+    QCOMPARE(capture.textsOf("void fileTreeDirectory::updateBoundary()"), (QStringList {line, line, line}));
 }
 
 void FileTableTest::addFileLeavesThePreviousParentAlone()
@@ -709,7 +764,7 @@ void FileTableTest::destroyUnlinks()
     QVERIFY(!currentROM.lastSelectedFolder);
     // The node and what lies below it stay valid.
     QCOMPARE(currentROM.lastSelectedTexture, inner);
-    QCOMPARE(a->files, QList<fileTreeFile *>{inner});
+    QCOMPARE(a->files, QList<fileTreeFile *> {inner});
     QCOMPARE(inner->path(), QStringLiteral("Root/A/"));
 }
 
@@ -724,6 +779,43 @@ void FileTableTest::destroyWithoutParent()
     QVERIFY(!currentROM.lastSelectedFolder);
 }
 
+void FileTableTest::rowsGoWithTheirNodes()
+{
+    // A program without a window or a GUI application, whose nodes have rows all the same.
+    QTreeWidgetItem rootRow;
+    currentROM.root->treeItem = &rootRow;
+    fileTreeDirectory *a = folderIn(currentROM.root, "A");
+    fileTreeFile *inner = texture(a, "inner");
+    fileTreeFile *file = texture(currentROM.root, "t");
+    const auto fileRow = std::make_unique<QTreeWidgetItem>(&rootRow);
+    const auto folderRow = std::make_unique<QTreeWidgetItem>(&rootRow);
+    const auto innerRow = std::make_unique<QTreeWidgetItem>(folderRow.get());
+    file->treeItem = fileRow.get();
+    a->treeItem = folderRow.get();
+    inner->treeItem = innerRow.get();
+
+    file->destroy();
+    QCOMPARE(rootRow.childCount(), 1);
+    QVERIFY(!fileRow->parent());
+    QVERIFY(!rootRow.data(0, Qt::DecorationRole).isValid());
+    inner->destroy();
+    QCOMPARE(folderRow->childCount(), 0);
+    QCOMPARE(folderRow->data(0, Qt::DecorationRole).userType(), int(QMetaType::QIcon));
+    a->destroy();
+    QCOMPARE(rootRow.childCount(), 0);
+    QCOMPARE(rootRow.data(0, Qt::DecorationRole).userType(), int(QMetaType::QIcon));
+}
+
+void FileTableTest::rowsStayWithoutAParentsRow()
+{
+    QTreeWidgetItem foreignRow;
+    const auto row = std::make_unique<QTreeWidgetItem>(&foreignRow);
+    fileTreeFile *file = texture(currentROM.root, "t");
+    file->treeItem = row.get();
+    file->destroy();
+    QCOMPARE(row->parent(), &foreignRow);
+}
+
 void FileTableTest::walkersKeepTheirOrder()
 {
     fileTreeDirectory *a = folderIn(currentROM.root, "A");
@@ -733,7 +825,7 @@ void FileTableTest::walkersKeepTheirOrder()
     fileTreeDirectory *a11 = folderIn(a1, "A11");
     fileTreeDirectory *b1 = folderIn(b, "B1");
     const fileTreeContainer container;
-    QCOMPARE(container.allDirectories(currentROM.root), (QList<fileTreeDirectory *>{a, b, a1, a2, a11, b1}));
+    QCOMPARE(container.allDirectories(currentROM.root), (QList<fileTreeDirectory *> {a, b, a1, a2, a11, b1}));
     QCOMPARE(container.allDirectories(a11), QList<fileTreeDirectory *>());
     QVERIFY(container.allDirectories(nullptr).isEmpty());
 
@@ -742,7 +834,7 @@ void FileTableTest::walkersKeepTheirOrder()
     fileTreeFile *inA = texture(a, "inA");
     fileTreeFile *inA2 = texture(a2, "inA2");
     fileTreeFile *inRoot = texture(currentROM.root, "inRoot");
-    QCOMPARE(container.allFiles(currentROM.root), (QList<fileTreeFile *>{inRoot, inA, inA11, inA2, inB}));
+    QCOMPARE(container.allFiles(currentROM.root), (QList<fileTreeFile *> {inRoot, inA, inA11, inA2, inB}));
     QVERIFY(container.allFiles(nullptr).isEmpty());
 }
 
@@ -760,7 +852,7 @@ void FileTableTest::depthCostsNoStack()
     QCOMPARE(file->path().size(), 5 + levels * 11);
     const MessageCapture quiet;
     QCOMPARE(fileTreeContainer().allDirectories(currentROM.root).size(), levels);
-    QCOMPARE(fileTreeContainer().allFiles(currentROM.root), QList<fileTreeFile *>{file});
+    QCOMPARE(fileTreeContainer().allFiles(currentROM.root), QList<fileTreeFile *> {file});
     QCOMPARE(fileTreeContainer().fileFromPath(file->path() + file->name), file);
 }
 
@@ -791,7 +883,7 @@ void FileTableTest::copiedFolderHasTheSameFields()
         QCOMPARE(QString(copy.name), QStringLiteral("A"));
         QCOMPARE(copy.address, 1);
         QCOMPARE(copy.size, 9);
-        QCOMPARE(copy.files, QList<fileTreeFile *>{file});
+        QCOMPARE(copy.files, QList<fileTreeFile *> {file});
         QCOMPARE(copy.isRoot, false);
         copy = fileTreeDirectory();
         copy = *a;

@@ -310,7 +310,7 @@ void FolderImportTest::extractedFolderComesBackUnchanged()
     int written = 0;
     const TextureSink sink = [&](const QImage &picture, int at, const QString &format, const QByteArray &raw) {
         currentROM.data.replace(at, 8, QByteArray(8, '\0')); // What comes back must come from the file.
-        if (writeTexture(&currentROM.data, picture, at, format, raw, &m_log) == WriteOutcome::Written)
+        if (writeTexture(&currentROM, picture, at, format, raw, &m_log) == WriteOutcome::Written)
             ++written;
     };
     importPictureFolder(path("A"), folder, sink, &m_progress, &m_log, &m_report);

@@ -205,7 +205,7 @@ void TexturePackTest::addressesAbove31BitsAreNegative()
     QCOMPARE(m_handedOver.at(0).address, std::numeric_limits<int>::min());
     // Such an address is refused where it would be written.
     const QByteArray before = currentROM.data;
-    QCOMPARE(writeTexture(&currentROM.data, m_handedOver.at(0).picture, m_handedOver.at(0).address, "rgba32", {}, &m_log),
+    QCOMPARE(writeTexture(&currentROM, m_handedOver.at(0).picture, m_handedOver.at(0).address, "rgba32", {}, &m_log),
              WriteOutcome::OutOfRange);
     QCOMPARE(currentROM.data, before);
 }

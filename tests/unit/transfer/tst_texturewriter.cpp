@@ -26,7 +26,7 @@ private slots:
     void emptyJpegCountsAsWritten();
     void nothingToWriteBehindTheEndDoesNotGrowTheImage();
     void growsWhereTheRangeCrossesTheEnd();
-    void fillsAGapWithZeroBytes();
+    void fillsAGapAsQByteArrayReplaceDoes();
     void refusesAddressesThatMustNotBeWritten_data();
     void refusesAddressesThatMustNotBeWritten();
     void writesInsideAnImageAboveTheGrowthLimit();
@@ -34,23 +34,25 @@ private slots:
 
 void TextureWriterTest::writesTheEncodedBytesInPlace()
 {
-    QByteArray cartridge(12, '\x11');
+    ROM rom;
+    rom.data = QByteArray(12, '\x11');
     KeptLog log;
     QImage picture(2, 1, QImage::Format_ARGB32);
     picture.setPixel(0, 0, qRgba(255, 0, 0, 255));
     picture.setPixel(1, 0, qRgba(8, 16, 24, 255));
-    QCOMPARE(writeTexture(&cartridge, picture, 4, "rgb5a1", QByteArray("not used"), &log), WriteOutcome::Written);
-    QCOMPARE(cartridge.toHex(), QByteArray("11111111f801088711111111"));
+    QCOMPARE(writeTexture(&rom, picture, 4, "rgb5a1", QByteArray("not used"), &log), WriteOutcome::Written);
+    QCOMPARE(rom.data.toHex(), QByteArray("11111111f801088711111111"));
     QCOMPARE(log.lines, QStringList({"4 textureData.length()"}));
     QVERIFY(log.statuses.isEmpty());
 }
 
 void TextureWriterTest::writesAJpegsFileAsItIs()
 {
-    QByteArray cartridge(12, '\x11');
+    ROM rom;
+    rom.data = QByteArray(12, '\x11');
     KeptLog log;
-    QCOMPARE(writeTexture(&cartridge, QImage(), 2, "jpeg", QByteArray("raw"), &log), WriteOutcome::Written);
-    QCOMPARE(cartridge, QByteArray("\x11\x11raw\x11\x11\x11\x11\x11\x11\x11"));
+    QCOMPARE(writeTexture(&rom, QImage(), 2, "jpeg", QByteArray("raw"), &log), WriteOutcome::Written);
+    QCOMPARE(rom.data, QByteArray("\x11\x11raw\x11\x11\x11\x11\x11\x11\x11"));
     QVERIFY(log.lines.isEmpty());
 }
 
@@ -67,10 +69,11 @@ void TextureWriterTest::refusesUnknownFormats_data()
 void TextureWriterTest::refusesUnknownFormats()
 {
     QFETCH(QString, format);
-    QByteArray cartridge(8, '\x11');
+    ROM rom;
+    rom.data = QByteArray(8, '\x11');
     KeptLog log;
-    QCOMPARE(writeTexture(&cartridge, plainPicture(1, 1, 0), 0, format, "raw", &log), WriteOutcome::UnknownFormat);
-    QCOMPARE(cartridge, QByteArray(8, '\x11'));
+    QCOMPARE(writeTexture(&rom, plainPicture(1, 1, 0), 0, format, "raw", &log), WriteOutcome::UnknownFormat);
+    QCOMPARE(rom.data, QByteArray(8, '\x11'));
     QCOMPARE(log.statuses, QStringList({unsupported}));
     QCOMPARE(log.durations, QList<int>({5000}));
     QVERIFY(log.lines.isEmpty());
@@ -78,10 +81,11 @@ void TextureWriterTest::refusesUnknownFormats()
 
 void TextureWriterTest::reportsAPictureThatGivesNoBytes()
 {
-    QByteArray cartridge(8, '\x11');
+    ROM rom;
+    rom.data = QByteArray(8, '\x11');
     KeptLog log;
-    QCOMPARE(writeTexture(&cartridge, QImage(), 0, "rgba32", "raw", &log), WriteOutcome::NotEncodable);
-    QCOMPARE(cartridge, QByteArray(8, '\x11'));
+    QCOMPARE(writeTexture(&rom, QImage(), 0, "rgba32", "raw", &log), WriteOutcome::NotEncodable);
+    QCOMPARE(rom.data, QByteArray(8, '\x11'));
     QCOMPARE(log.lines, QStringList({"0 textureData.length()", conversionError}));
     QCOMPARE(log.statuses, QStringList({conversionError}));
     QCOMPARE(log.durations, QList<int>({5000}));
@@ -90,39 +94,44 @@ void TextureWriterTest::reportsAPictureThatGivesNoBytes()
 void TextureWriterTest::emptyJpegCountsAsWritten()
 {
     for (const QByteArray &nothing : {QByteArray(""), QByteArray()}) {
-        QByteArray cartridge(8, '\x11');
+        ROM rom;
+        rom.data = QByteArray(8, '\x11');
         KeptLog log;
-        QCOMPARE(writeTexture(&cartridge, QImage(), 3, "jpeg", nothing, &log), WriteOutcome::Written);
-        QCOMPARE(cartridge, QByteArray(8, '\x11'));
+        QCOMPARE(writeTexture(&rom, QImage(), 3, "jpeg", nothing, &log), WriteOutcome::Written);
+        QCOMPARE(rom.data, QByteArray(8, '\x11'));
         QVERIFY(log.statuses.isEmpty());
     }
 }
 
 void TextureWriterTest::nothingToWriteBehindTheEndDoesNotGrowTheImage()
 {
-    QByteArray cartridge(8, '\x11');
+    ROM rom;
+    rom.data = QByteArray(8, '\x11');
     KeptLog log;
-    QCOMPARE(writeTexture(&cartridge, QImage(), 100, "jpeg", QByteArray(""), &log), WriteOutcome::Written);
-    QCOMPARE(cartridge, QByteArray(8, '\x11'));
+    QCOMPARE(writeTexture(&rom, QImage(), 100, "jpeg", QByteArray(""), &log), WriteOutcome::Written);
+    QCOMPARE(rom.data, QByteArray(8, '\x11'));
 }
 
 void TextureWriterTest::growsWhereTheRangeCrossesTheEnd()
 {
-    QByteArray cartridge(4, '\x11');
+    ROM rom;
+    rom.data = QByteArray(4, '\x11');
     KeptLog log;
-    QCOMPARE(writeTexture(&cartridge, QImage(), 3, "jpeg", "raw", &log), WriteOutcome::Written);
-    QCOMPARE(cartridge, QByteArray("\x11\x11\x11raw"));
-    QCOMPARE(writeTexture(&cartridge, QImage(), 6, "jpeg", "!", &log), WriteOutcome::Written);
-    QCOMPARE(cartridge, QByteArray("\x11\x11\x11raw!"));
+    QCOMPARE(writeTexture(&rom, QImage(), 3, "jpeg", "raw", &log), WriteOutcome::Written);
+    QCOMPARE(rom.data, QByteArray("\x11\x11\x11raw"));
+    QCOMPARE(writeTexture(&rom, QImage(), 6, "jpeg", "!", &log), WriteOutcome::Written);
+    QCOMPARE(rom.data, QByteArray("\x11\x11\x11raw!"));
 }
 
-void TextureWriterTest::fillsAGapWithZeroBytes()
+void TextureWriterTest::fillsAGapAsQByteArrayReplaceDoes()
 {
-    QByteArray cartridge(2, '\x11');
+    ROM rom;
+    rom.data = QByteArray(2, '\x11');
     KeptLog log;
-    QCOMPARE(writeTexture(&cartridge, plainPicture(1, 1, qRgba(1, 2, 3, 4)), 5, "rgba32", QByteArray(), &log),
-             WriteOutcome::Written);
-    QCOMPARE(cartridge.toHex(), QByteArray("111100000001020304"));
+    QCOMPARE(writeTexture(&rom, plainPicture(1, 1, qRgba(1, 2, 3, 4)), 5, "rgba32", QByteArray(), &log), WriteOutcome::Written);
+    QByteArray reference(2, '\x11');
+    QCOMPARE(rom.data, reference.replace(5, 4, "\x01\x02\x03\x04"));
+    QCOMPARE(rom.data.toHex(), QByteArray("111120202001020304"));
 }
 
 void TextureWriterTest::refusesAddressesThatMustNotBeWritten_data()
@@ -141,10 +150,11 @@ void TextureWriterTest::refusesAddressesThatMustNotBeWritten()
 {
     QFETCH(int, address);
     QFETCH(QString, format);
-    QByteArray cartridge(8, '\x11');
+    ROM rom;
+    rom.data = QByteArray(8, '\x11');
     KeptLog log;
-    QCOMPARE(writeTexture(&cartridge, plainPicture(1, 1, 0), address, format, "four", &log), WriteOutcome::OutOfRange);
-    QCOMPARE(cartridge, QByteArray(8, '\x11'));
+    QCOMPARE(writeTexture(&rom, plainPicture(1, 1, 0), address, format, "four", &log), WriteOutcome::OutOfRange);
+    QCOMPARE(rom.data, QByteArray(8, '\x11'));
     QCOMPARE(log.statuses, QStringList({conversionError}));
     QCOMPARE(log.durations, QList<int>({5000}));
     QCOMPARE(log.lines.last(), conversionError);
@@ -152,12 +162,13 @@ void TextureWriterTest::refusesAddressesThatMustNotBeWritten()
 
 void TextureWriterTest::writesInsideAnImageAboveTheGrowthLimit()
 {
-    QByteArray cartridge(maximumImageBytes + 8, Qt::Uninitialized);
+    ROM rom;
+    rom.data = QByteArray(maximumImageBytes + 8, Qt::Uninitialized);
     KeptLog log;
-    QCOMPARE(writeTexture(&cartridge, QImage(), maximumImageBytes + 4, "jpeg", "four", &log), WriteOutcome::Written);
-    QCOMPARE(cartridge.right(4), QByteArray("four"));
-    QCOMPARE(writeTexture(&cartridge, QImage(), maximumImageBytes + 5, "jpeg", "four", &log), WriteOutcome::OutOfRange);
-    QCOMPARE(cartridge.size(), maximumImageBytes + 8);
+    QCOMPARE(writeTexture(&rom, QImage(), maximumImageBytes + 4, "jpeg", "four", &log), WriteOutcome::Written);
+    QCOMPARE(rom.data.right(4), QByteArray("four"));
+    QCOMPARE(writeTexture(&rom, QImage(), maximumImageBytes + 5, "jpeg", "four", &log), WriteOutcome::OutOfRange);
+    QCOMPARE(rom.data.size(), maximumImageBytes + 8);
 }
 
 QTEST_GUILESS_MAIN(TextureWriterTest)
