@@ -259,7 +259,6 @@ int runPack(const Arguments &arguments, Streams &streams)
     QStringList paths;
     if (!openImage(arguments, &image, streams) || !filesToPack(arguments, &paths, streams))
         return Failed;
-    releaseImageBytes();
     QJsonArray files;
     QStringList problems;
     int packed = 0;

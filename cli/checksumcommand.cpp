@@ -28,7 +28,11 @@ BootChip chosenChip(const Arguments &arguments)
 
 int fix(const Arguments &arguments, const OpenedImage &image, const CheckCodes &codes, Streams &streams)
 {
-    storeCheckCodes(&currentROM.data, codes);
+    constexpr int headerBytes = 64;
+    QByteArray header = currentROM.data.left(headerBytes);
+    storeCheckCodes(&header, codes);
+    if (!currentROM.overwrite(0, header))
+        return Failed; // Not reached: the header lies inside the image.
     if (!arguments.isSet("json"))
         return writeImage(arguments, image, streams);
     // The one document has been printed: what was written where is no part of it.

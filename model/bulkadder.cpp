@@ -5,16 +5,11 @@
 
 #include <algorithm>
 
-namespace
-{
-constexpr int firstNumber = 2;
-
 QString numberedName(const QString &name, int number)
 {
     return name + QLatin1String(" (") + QString::number(number) + QLatin1Char(')');
 }
 
-/// Splits "Sky (3)" into "Sky" and 3; false for every text that numberedName() does not give.
 bool splitNumberedName(const QString &text, QString *name, int *number)
 {
     const int opening = text.lastIndexOf(QLatin1String(" ("));
@@ -22,9 +17,11 @@ bool splitNumberedName(const QString &text, QString *name, int *number)
         return false;
     *number = text.midRef(opening + 2, text.size() - opening - 3).toInt();
     *name = text.left(opening);
-    return *number >= firstNumber && numberedName(*name, *number) == text;
+    return *number >= firstNameNumber && numberedName(*name, *number) == text;
 }
 
+namespace
+{
 template<typename Node> void nameAmong(SiblingNames *names, Node *node)
 {
     node->name = names->take(node->name.isEmpty() ? Node::defaultName() : node->name);

@@ -7,6 +7,12 @@
 #include <QString>
 #include <QVector>
 
+/// The naming rule: a name that a sibling has gets the lowest free number from here on, as in "Sky (2)".
+constexpr int firstNameNumber = 2;
+QString numberedName(const QString &name, int number);
+/// Splits "Sky (3)" into "Sky" and 3; false for every text that numberedName() does not give.
+bool splitNumberedName(const QString &text, QString *name, int *number);
+
 /// The names that siblings have, for finding free ones. Each operation takes constant time on average.
 class SiblingNames
 {
@@ -21,7 +27,7 @@ private:
     struct Entry
     {
         int bearers = 0; ///< Siblings with this name; names written directly to the nodes need not be unique.
-        int nextNumber = 2; ///< All lower numbers from 2 on are in use behind this name.
+        int nextNumber = firstNameNumber; ///< All lower numbers from 2 on are in use behind this name.
     };
     QHash<QString, Entry> m_names;
 };

@@ -9,6 +9,7 @@
 
 #include <QIcon>
 #include <QTreeWidgetItem>
+#include <QVector>
 #include <QtEndian>
 
 #include <algorithm>
@@ -92,26 +93,32 @@ template<typename Node> Node *firstByName(const QList<Node *> &nodes, const QStr
     return nullptr;
 }
 
+/// The lowest number from 2 on that no sibling but \a node has behind \a name, as in "Sky (2)".
+template<typename Node> int lowestFreeNumber(const QList<Node *> &siblings, const Node *node, const QString &name)
+{
+    // So many siblings leave one of so many numbers free.
+    QVector<bool> isUsed(siblings.size() + 1);
+    const QString prefix = name + QLatin1String(" (");
+    for (const Node *sibling : siblings) {
+        QString base;
+        int number = 0;
+        if (sibling != node && sibling->name.startsWith(prefix) && splitNumberedName(sibling->name, &base, &number)
+            && base == name && number - firstNameNumber < isUsed.size())
+            isUsed[number - firstNameNumber] = true;
+    }
+    return firstNameNumber + isUsed.indexOf(false);
+}
+
 /// Names \a node by the naming rule among \a siblings, the list of its parent; null without a parent.
 template<typename Node> void nameAmong(const QList<Node *> *siblings, Node *node, const QString &newName)
 {
     const QString current = node->name.isEmpty() ? Node::defaultName() : node->name;
     const QString requested = newName.isEmpty() ? current : newName;
-    if (!siblings) {
-        node->name = requested;
-        return;
-    }
     const auto hasName = [&](const Node *sibling) { return sibling != node && sibling->name == requested; };
-    if (std::none_of(siblings->cbegin(), siblings->cend(), hasName)) {
+    if (siblings && std::any_of(siblings->cbegin(), siblings->cend(), hasName))
+        node->name = numberedName(requested, lowestFreeNumber(*siblings, node, requested));
+    else
         node->name = requested;
-        return;
-    }
-    SiblingNames names;
-    for (const Node *sibling : *siblings) {
-        if (sibling != node)
-            names.insert(sibling->name);
-    }
-    node->name = names.take(requested);
 }
 
 /// Removes \a row from \a parentRow, which then shows whether it is empty.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "model/rom.h"
+#include "model/bulkadder.h"
 
 #include "support/images.h"
 #include "support/messages.h"
@@ -410,9 +410,11 @@ void FileTableTest::jpegsWithoutEndAreMeasuredQuickly()
     constexpr int count = 20000;
     loadIntoCurrentROM(QByteArray(imageSize, '\0'));
     QList<const fileTreeFile *> entries;
+    BulkAdder root(currentROM.root);
     for (int i = 0; i < count; ++i) {
         currentROM.data.replace(i * 8, 4, QByteArray::fromHex("FFD8FFDB"));
-        auto *entry = texture(currentROM.root, QString::number(i), i * 8);
+        auto *entry = root.addFile(new fileTreeFile);
+        entry->address = i * 8;
         entry->format = QStringLiteral("jpeg");
         entries << entry;
     }
