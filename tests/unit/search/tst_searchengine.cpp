@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "codec/texturemanipulator.h"
+#include "model/bulkadder.h"
 #include "search/searchobserver.h"
 #include "search/texturesearch.h"
 #include "support/images.h"
@@ -146,16 +147,16 @@ private:
         if (m_options.duplicateMode == 2) {
             m_log->copyHandled(SearchObserver::Outcome::Ignored);
         } else if (m_options.duplicateMode == 0 && equal >= 0) {
-            m_folder->files.at(equal)->destroy();
-            m_folder->addFile(entry);
+            m_adder.replaceFiles({{entry, m_folder->files.at(equal)}});
             m_log->copyHandled(SearchObserver::Outcome::Overwrote);
         } else {
             m_log->copyHandled(SearchObserver::Outcome::Added);
-            m_folder->addFile(entry);
+            m_adder.addFile(entry);
         }
     }
 
     fileTreeDirectory *m_folder;
+    BulkAdder m_adder {m_folder};
     TextureSearchOptions m_options;
     Recorder *m_log;
     bool m_cancelled = false;
