@@ -275,19 +275,22 @@ int runPack(const Arguments &arguments, Streams &streams)
     }
     for (const QString &problem : qAsConst(problems))
         streams.remark(problem);
-    QString sentence;
-    QTextStream aside(&sentence);
-    Streams quiet(aside, streams.err);
     const bool asJson = arguments.isSet("json");
-    if (asJson)
-        printJson(streams.out, {{QStringLiteral("identifier"), currentROM.romID}, {QStringLiteral("files"), files}});
-    else
+    if (!asJson)
         streams.out << QLatin1String("Packed ") << counted(packed, QStringLiteral("block"))
                     << QStringLiteral(", unchanged %1, left out %2\n").arg(unchanged).arg(problems.size());
     // All that was asked for, or nothing: half of it would be hard to tell from the whole.
-    if (!problems.isEmpty())
-        return streams.failed(QStringLiteral("Nothing was written"));
-    return writeImage(arguments, image, asJson ? quiet : streams);
+    const int status =
+        problems.isEmpty() ? writeImage(arguments, image, streams) : streams.failed(QStringLiteral("Nothing was written"));
+    if (asJson) {
+        QJsonObject document = imageWritingJson(arguments, image);
+        if (status != Done)
+            document.insert(QStringLiteral("output"), QJsonValue());
+        document.insert(QStringLiteral("identifier"), currentROM.romID);
+        document.insert(QStringLiteral("files"), files);
+        printJson(streams.out, document);
+    }
+    return status;
 }
 }
 

@@ -53,7 +53,7 @@ const QList<Command> &commands()
                                      replaceCommand(),    importFolderCommand(), importPackCommand(), searchCommand(),
                                      verifyCommand(),     galleryCommand(),      checksumCommand(),   patchCreateCommand(),
                                      patchApplyCommand(), patchInfoCommand(),    blocksCommand(),     unpackCommand(),
-                                     packCommand(),       demoCommand(),         helpCommand()};
+                                     packCommand(),       portCommand(),         demoCommand(),       helpCommand()};
     return all;
 }
 

@@ -21,6 +21,7 @@ Command patchInfoCommand();
 Command blocksCommand();
 Command unpackCommand();
 Command packCommand();
+Command portCommand();
 Command galleryCommand();
 Command demoCommand();
 Command helpCommand();

@@ -16,8 +16,8 @@ namespace cli
 {
 namespace
 {
-/// Fills in the profile's name: the one given, or what settings.xml says.
-bool chooseName(const Arguments &arguments, ChosenProfile *profile, QString *error)
+/// Fills in the profile's name: the one that \a option gives, or what settings.xml says.
+bool chooseName(const Arguments &arguments, const char *option, ChosenProfile *profile, QString *error)
 {
     profile->folder = profilesFolder(arguments);
     if (!ProfileStore::isSafeName(currentROM.romID)) {
@@ -26,8 +26,8 @@ bool chooseName(const Arguments &arguments, ChosenProfile *profile, QString *err
     }
     ProfileSettings settings;
     QString reason;
-    if (arguments.isSet("profile"))
-        profile->name = arguments.value("profile");
+    if (arguments.isSet(option))
+        profile->name = arguments.value(option);
     else if (profile->store().readSettings(&settings, &reason) != ProfileStore::Reading::Malformed)
         profile->name = settings.autoload;
     else
@@ -67,13 +67,20 @@ QString pathNamesNothing(const QString &path, const ChosenProfile &profile)
     return QStringLiteral("There is no \"%1\" in the profile \"%2\" of %3").arg(path, profile.name, currentROM.romID);
 }
 
+bool chooseProfile(const Arguments &arguments, const char *option, ChosenProfile *profile, Streams &streams)
+{
+    QString error;
+    const bool chosen = chooseName(arguments, option, profile, &error);
+    if (!chosen)
+        streams.failed(error);
+    return chosen;
+}
+
 bool openProfile(const Arguments &arguments, MissingList missing, ChosenProfile *profile, Streams &streams)
 {
     QString error;
-    if (!chooseName(arguments, profile, &error)) {
-        streams.failed(error);
+    if (!chooseProfile(arguments, "profile", profile, streams))
         return false;
-    }
     currentROM.profileName = profile->name;
     const ProfileStore store = profile->store();
     if (!store.hasFileList(profile->name)) {

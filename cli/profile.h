@@ -29,6 +29,10 @@ enum class MissingList {
     StartEmpty, ///< Begin with an empty table, as the window does.
 };
 
+/// Fills in the profile of the loaded image that \a option names, without it the one that loads automatically. Reads no file
+/// list. On failure the result is false and the reason is said.
+bool chooseProfile(const Arguments &arguments, const char *option, ChosenProfile *profile, Streams &streams);
+
 /// Finds the profile of the loaded image and reads its file list into currentROM. On failure, also for a list of which not all
 /// could be read, the result is false and the reason is said.
 bool openProfile(const Arguments &arguments, MissingList missing, ChosenProfile *profile, Streams &streams);

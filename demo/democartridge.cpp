@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "demo/democartridge.h"
 
+#include "codec/compressedblock.h"
 #include "demo/canvas.h"
 #include "demo/layout.h"
 #include "demo/lettering.h"
@@ -20,6 +21,8 @@ constexpr int pointerAddress = 0x1F00;
 /// What the pointer points to: a place from which the pack's picture, counted as the table counts it, is one slot further on.
 constexpr int pointedAddress = 0x1000;
 constexpr int packSlot = 0x280000;
+/// A compressed block, in what the label leaves of the range before the folders: 0xF8000 to at most 0xFC000.
+constexpr int blockAddress = 0xF8000;
 /// Room for the panorama and for pictures that replace it.
 constexpr int jpegRoom = 0x20000;
 
@@ -197,12 +200,23 @@ void addPack(Layout *layout)
     }
 }
 
+/// A block as games pack theirs: a few words of a level's data, and two of the pictures to search for.
+void addBlock(Layout *layout)
+{
+    QByteArray content("LEVEL 1");
+    content = content.leftJustified(keyInBlock, '\0') + encoded(key(), rgb5a1);
+    content = content.leftJustified(leafInBlock, '\0') + encoded(leaf(Season::Summer), rgb5a1);
+    layout->cartridge.block = content;
+    layout->put(blockAddress, packedBlock(BlockKind::Yay0, content));
+}
+
 Cartridge made()
 {
     Layout layout(imageSize);
     addHeader(&layout);
     layout.enterRoot(programEnd);
     layout.add(QStringLiteral("Cartridge Label"), rgba32, label());
+    addBlock(&layout);
     addTitle(&layout);
     addLevel(&layout);
     addActors(&layout);
@@ -220,5 +234,30 @@ const Cartridge &cartridge()
 {
     static const Cartridge only = made();
     return only;
+}
+
+QByteArray secondRevision()
+{
+    constexpr int versionOffset = 63;
+    constexpr int insertedAt = 0x140000; // the folder "Level"
+    constexpr int insertedBytes = 0x2000;
+    constexpr int interface = 0x200000;
+    constexpr int effects = 0x220000;
+    constexpr int folderBytes = 0x20000;
+    QByteArray image = cartridge().image;
+    image[versionOffset] = 1;
+    for (const Texture &texture : cartridge().textures) {
+        if (texture.listed && texture.name == QLatin1String("Sun"))
+            image.replace(texture.address, texture.data.size(), encoded(sun(64, Season::Winter), rgba32));
+    }
+    const QByteArray first = image.mid(interface, folderBytes);
+    image.replace(interface, folderBytes, image.mid(effects, folderBytes));
+    image.replace(effects, folderBytes, first);
+    QByteArray inserted;
+    for (int address = 0; address < insertedBytes; ++address)
+        inserted.append(char(scattered(address, 1, 2)));
+    image.insert(insertedAt, inserted);
+    image.truncate(imageSize); // What falls off the end is unused.
+    return image;
 }
 }

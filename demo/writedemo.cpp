@@ -63,7 +63,7 @@ bool writeImages(const QString &folder, QString *error)
         if (!writeFile(folder + QLatin1Char('/') + QLatin1String(wanted.name), image, error))
             return false;
     }
-    return true;
+    return writeFile(folder + QLatin1String("/demo-1.1.z64"), secondRevision(), error);
 }
 
 /// The file table: addresses count from the enclosing folder, those of palettes from the address of the immediate folder alone.

@@ -7,7 +7,7 @@
 
 #include <optional>
 
-/// What the name of an unpacked block's file says: IDENTIFIER-ADDRESS.KIND, as in "NQDE0-0x00288000.yay0".
+/// What the name of an unpacked block's file says: IDENTIFIER-ADDRESS.KIND, as in "NQDE0-0x000F8000.yay0".
 struct BlockFileName
 {
     QString identifier; ///< Of the image, as fileIdentifier() writes it.

@@ -67,7 +67,8 @@ private slots:
         image.replace(image.size() - 64, 64, packedBlock(BlockKind::Yaz0, "content").leftJustified(64, '\0'));
         const ProfileFolder folder(image);
         folder.addProfile("<texture name=\"x\" address=\"0x2000\" format=\"i8\" width=\"2\" height=\"2\"/>"
-                          "<texture name=\"y\" address=\"0x2000\" format=\"rgba32\" width=\"2\" height=\"2\"/>");
+                          "<texture name=\"y\" address=\"0x2000\" format=\"rgba32\" width=\"2\" height=\"2\"/>"
+                          "<texture name=\"z\" address=\"0x2100\" format=\"ci4\" width=\"2\" height=\"2\" palette=\"0x2200\"/>");
         QDir().mkpath(folder.path("in"));
         QImage picture(2, 2, QImage::Format_ARGB32);
         picture.fill(Qt::white);
@@ -85,6 +86,7 @@ private slots:
             collectKeys(call({"patch", "apply", folder.imagePath(), patch, "--dry-run", "--json"}).json(), &keys);
         }
         folder.addPart("NQLE0-0x00001000.yay0", "x");
+        collectKeys(folder.call("port", {folder.imagePath(), "--to-profile", "new", "--dry-run", "--json"}).json(), &keys);
         for (const QStringList &more : {QStringList {"blocks"}, QStringList {"unpack", "-o", folder.path("out")},
                                         QStringList {"pack", folder.path("NQLE0-0x00001000.yay0"), "--dry-run"}})
             collectKeys(call(QStringList {more.first(), "--json", folder.imagePath()} + more.mid(1)).json(), &keys);

@@ -5,6 +5,7 @@
 #include "model/byteorder.h"
 #include "model/rom.h"
 #include "persist/filelist.h"
+#include "search/compressedblocks.h"
 #include "support/images.h"
 
 #include <QFile>
@@ -94,6 +95,8 @@ private slots:
     void importsFitTheirTextures();
     void packNamesLeadIntoTheImage();
     void searchesLieInTheUnexploredFolder();
+    void blockHoldsPictures();
+    void secondRevisionMovesThings();
     void comesOutTheSameEveryTime();
     void keepsTheUsersFileList();
     void reportsAnUnwritableFolder();
@@ -302,12 +305,47 @@ void tst_Demo::searchesLieInTheUnexploredFolder()
     }
 }
 
+void tst_Demo::blockHoldsPictures()
+{
+    const BlockList list = findBlocks(cartridge().image);
+    QCOMPARE(list.blocks.size(), 1);
+    const CompressedBlock &block = list.blocks.first();
+    QCOMPARE(block.address, 0xF8000);
+    QVERIFY(block.kind == BlockKind::Yay0);
+    QVERIFY(block.end() < 0xFC000);
+    const QByteArray content = unpackedBlock(cartridge().image, block);
+    QCOMPARE(content, cartridge().block);
+    const auto texels = [this](const QString &name) {
+        return textureManipulator::generateData(QImage(demoPath(QStringLiteral("search/%1.png").arg(name))),
+                                                textureFormats::rgb5a1);
+    };
+    QVERIFY(content.mid(demo::keyInBlock).startsWith(texels(QStringLiteral("Key"))));
+    QVERIFY(content.mid(demo::leafInBlock).startsWith(texels(QStringLiteral("Leaf"))));
+}
+
+void tst_Demo::secondRevisionMovesThings()
+{
+    const QByteArray revision = contentOf(demoPath(QStringLiteral("demo-1.1.z64")));
+    QCOMPARE(revision, demo::secondRevision());
+    QCOMPARE(revision.size(), cartridge().image.size());
+    QCOMPARE(cartridgeIdentifier(revision), QStringLiteral("NQDE1"));
+    for (const demo::Texture &texture : cartridge().textures) {
+        const int moved = texture.address < 0x140000                    ? 0
+            : texture.address < 0x200000 || texture.address >= 0x240000 ? 0x2000
+            : texture.address < 0x220000                                ? 0x22000
+                                                                        : 0x2000 - 0x20000;
+        QCOMPARE(revision.mid(texture.address + moved, texture.data.size()) == texture.data,
+                 texture.name != QLatin1String("Sun"));
+    }
+}
+
 void tst_Demo::comesOutTheSameEveryTime()
 {
     QTemporaryDir other;
     QString error;
     QVERIFY2(demo::writeDemo(other.path(), other.filePath(QStringLiteral("profiles")), &error), qPrintable(error));
-    QStringList names {QStringLiteral("demo.z64"), QStringLiteral("demo.v64"), QStringLiteral("demo.n64")};
+    QStringList names {QStringLiteral("demo.z64"), QStringLiteral("demo.v64"), QStringLiteral("demo.n64"),
+                       QStringLiteral("demo-1.1.z64")};
     for (const demo::Picture &picture : cartridge().imports + cartridge().pack + cartridge().searches)
         names.append(picture.path);
     for (const QString &name : names) {
