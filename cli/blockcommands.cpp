@@ -220,8 +220,10 @@ PackedFile packFile(const QString &path, Streams &streams)
         file.problem = QStringLiteral("Cannot read file %1: %2").arg(path, error);
         return file;
     }
-    file.packing = packBlock(&currentROM.data, file.name.address, file.name.kind, content);
+    file.packing = packBlock(currentROM.data, file.name.address, file.name.kind, content);
     file.problem = reasonOf(file.packing, file.name);
+    if (file.packing.result == BlockPacking::Result::Packed && !currentROM.overwrite(file.name.address, file.packing.bytes))
+        file.problem = QStringLiteral("It cannot be written to the image");
     if (!file.problem.isEmpty())
         file.problem.prepend(path + QLatin1String(": "));
     else if (content.size() != file.packing.oldUnpackedSize)

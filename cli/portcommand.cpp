@@ -148,7 +148,6 @@ int run(const Arguments &arguments, Streams &streams)
     }
     if (interrupted())
         return streams.failed(QStringLiteral("Interrupted; no file list was written"));
-    releaseImageBytes();
     currentROM.data = newImage;
     currentROM.root->size = newImage.size();
 

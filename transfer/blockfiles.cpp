@@ -47,27 +47,27 @@ std::optional<BlockFileName> parsedBlockFileName(const QString &fileName)
     return std::nullopt;
 }
 
-BlockPacking packBlock(QByteArray *image, int address, BlockKind kind, const QByteArray &content)
+BlockPacking packBlock(const QByteArray &image, int address, BlockKind kind, const QByteArray &content)
 {
     BlockPacking packing;
-    const std::optional<CompressedBlock> old = blockAt(*image, address);
+    const std::optional<CompressedBlock> old = blockAt(image, address);
     if (!old || old->kind != kind)
         return packing;
     packing.oldUnpackedSize = old->unpackedSize;
     packing.room = old->packedSize;
     packing.packedSize = old->packedSize;
-    if (unpackedBlock(*image, *old) == content) {
+    if (unpackedBlock(image, *old) == content) {
         packing.result = BlockPacking::Result::Unchanged;
         return packing;
     }
-    const QByteArray packed = packedBlock(kind, content, image->mid(address, old->packedSize));
+    const QByteArray packed = packedBlock(kind, content, image.mid(address, old->packedSize));
     packing.packedSize = packed.size();
     if (packed.isEmpty()) {
         packing.result = BlockPacking::Result::NotPackable;
     } else if (packing.missing() > 0) {
         packing.result = BlockPacking::Result::TooLong;
     } else {
-        image->replace(address, packing.room, packed.leftJustified(packing.room, '\0'));
+        packing.bytes = packed.leftJustified(packing.room, '\0');
         packing.result = BlockPacking::Result::Packed;
     }
     return packing;

@@ -25,12 +25,12 @@ QString blockFileName(const QString &romID, const CompressedBlock &block);
 /// What \a fileName, without a folder, says; nothing when it is no such name.
 std::optional<BlockFileName> parsedBlockFileName(const QString &fileName);
 
-/// What packing a block made of an image.
+/// What came of packing a block.
 struct BlockPacking
 {
     enum class Result {
-        Packed, ///< The image has the new content.
-        Unchanged, ///< The image had that content; its bytes are left as they are.
+        Packed, ///< There is a new block.
+        Unchanged, ///< The old block has that content, so there is nothing to write.
         NoBlock, ///< At the address there is no block that decodes, or one of another kind.
         NotPackable, ///< The content is empty or too large for any block.
         TooLong, ///< The new block does not fit into the place of the old one.
@@ -40,9 +40,9 @@ struct BlockPacking
     int oldUnpackedSize = 0;
     int room = 0; ///< Bytes that the old block takes up.
     int packedSize = 0; ///< Of the new block, in bytes.
+    QByteArray bytes; ///< The new block and zeros up to the end of the old one, to write to its address; empty unless Packed.
     int missing() const { return packedSize - room; } ///< Bytes, when the result is TooLong.
 };
 
-/// Replaces the block of \a kind at \a address of \a image by one with \a content. It has to fit into the old block's place,
-/// where zeros follow it up to the old end; no byte outside changes. The image is left as it is unless the result is Packed.
-BlockPacking packBlock(QByteArray *image, int address, BlockKind kind, const QByteArray &content);
+/// Packs \a content for the place of the block of \a kind at \a address of \a image. It has to fit into the old block's place.
+BlockPacking packBlock(const QByteArray &image, int address, BlockKind kind, const QByteArray &content);
