@@ -446,7 +446,7 @@ void MainWindow::enableActions()
     const fileTreeFile *texture = currentROM.lastSelectedTexture;
     const bool folderIsRoot = folder && folder == currentROM.root;
     // Without a texture a folder stands in for it, so that Import Image can be reached and say what it lacks.
-    const bool formatOK = texture ? textureFormats::getAsMap().contains(texture->format) : folder != nullptr;
+    const bool formatOK = texture ? textureFormats::find(texture->format) != nullptr : folder != nullptr;
 
     m_extractAction->setEnabled(type == FolderSelected || (type == TextureSelected && formatOK));
     m_importImageAction->setEnabled(formatOK);

@@ -359,7 +359,7 @@ void MainWindow::showTextureFields(const fileTreeFile &texture)
 void MainWindow::showFieldsOfFormat(const QString &format)
 {
     const textureFormat record = textureFormats::getAsMap().value(format, textureFormats::null);
-    const bool isJpeg = format.toLower() == textureFormats::jpeg.name;
+    const bool isJpeg = textureFormats::isJpegInAnyCase(format);
     m_textureFormat->setToolTip(textureFormats::describe(record));
     for (QWidget *widget : QList<QWidget *> {m_texturePaletteLabel, m_texturePalette})
         widget->setVisible(record.usesPalette);

@@ -28,7 +28,7 @@ QString messageFor(TexturePicture::Problem problem, const QString &format)
     case TexturePicture::PastEnd: return MainWindow::tr("The texture extends past the end of the file. Can't display texture.");
     case TexturePicture::TooManyPixels: return MainWindow::tr("The texture exceeds 1048576 pixels. Can't display texture.");
     case TexturePicture::NoData:
-        return format == textureFormats::jpeg.name
+        return textureFormats::isJpeg(format)
             ? MainWindow::tr("This textures address is not the start of a jpeg texture.")
             : MainWindow::tr("NULL was returned when trying to obtain the textures data. Can't display texture.");
     case TexturePicture::NotDecoded: return MainWindow::tr("The generated texture returned as NULL. Can't dislay texture.");

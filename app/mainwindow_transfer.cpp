@@ -125,7 +125,7 @@ void MainWindow::replaceTexture()
         statusBar()->showMessage(tr("The selected texture is missing data"), messageMilliseconds);
         return;
     }
-    if (!textureFormats::getAsMap().contains(texture->format)) {
+    if (!textureFormats::find(texture->format)) {
         showBox(this, QMessageBox::Warning, tr("Quillary"),
                 tr("Texture format %1 is not supported, can't import texture.").arg(texture->format));
         statusBar()->showMessage(tr("Texture format %1 is not supported, can't import texture").arg(texture->format),
@@ -174,7 +174,7 @@ void MainWindow::saveTexture()
 void MainWindow::saveSelectedTexture()
 {
     fileTreeFile *texture = currentROM.lastSelectedTexture;
-    if (!textureFormats::getAsMap().contains(texture->format)) {
+    if (!textureFormats::find(texture->format)) {
         statusBar()->showMessage(tr("Texture format %1 is not supported, can't extract texture").arg(texture->format),
                                  messageMilliseconds);
         return;

@@ -216,13 +216,12 @@ void MainWindow::updateTextureInTree(fileTreeFile *file)
     if (!row)
         return;
     const QuietCells quiet(m_treeWidget);
-    const QMap<QString, textureFormat> formats = textureFormats::getAsMap();
-    const auto format = formats.constFind(file->format);
+    const textureFormat *format = textureFormats::find(file->format);
     const int realAddress = file->realAddress();
     const int size = file->size();
-    const bool isJpeg = file->format.toLower() == textureFormats::jpeg.name;
-    const bool isValid = format != formats.constEnd() && size >= 0;
-    const bool hasPalette = format != formats.constEnd() && format->usesPalette;
+    const bool isJpeg = textureFormats::isJpegInAnyCase(file->format);
+    const bool isValid = format && size >= 0;
+    const bool hasPalette = format && format->usesPalette;
     const auto ifValid = [isValid](int value) { return isValid ? hexNumber(value) : QString(); };
     const QString palette = hasPalette ? hexNumber(file->paletteAddress) : QString();
 
@@ -244,9 +243,8 @@ void MainWindow::updateTextureInTree(fileTreeFile *file)
 QIcon MainWindow::iconOf(const fileTreeFile &texture) const
 {
     constexpr int side = 16;
-    const QMap<QString, textureFormat> formats = textureFormats::getAsMap();
-    const auto format = formats.constFind(texture.format);
-    if (format == formats.constEnd())
+    const textureFormat *format = textureFormats::find(texture.format);
+    if (!format)
         return m_fileIcon;
     const QImage image = textureManipulator::generateTexture(texture.data(), *format, texture.width, texture.palette());
     if (image.isNull())

@@ -27,9 +27,8 @@ std::optional<qint32> parsedNumber(const QString &text)
 
 std::optional<textureFormat> parsedFormat(const QString &text)
 {
-    const QMap<QString, textureFormat> formats = textureFormats::getAsMap();
-    const auto found = formats.constFind(text == QLatin1String("rgba16") ? textureFormats::rgb5a1.name : text);
-    return found == formats.constEnd() ? std::nullopt : std::optional<textureFormat>(*found);
+    const textureFormat *found = textureFormats::find(text == QLatin1String("rgba16") ? textureFormats::rgb5a1.name : text);
+    return found ? std::optional<textureFormat>(*found) : std::nullopt;
 }
 
 QString formatNames()

@@ -39,7 +39,7 @@ void checkDescribedTexture(const Arguments &arguments, bool sizeFromPicture)
         arguments.reject(QStringLiteral("A texture without a profile needs --offset and --format"));
     if (!format)
         return;
-    const bool sizeNeeded = !sizeFromPicture && format->name != textureFormats::jpeg.name;
+    const bool sizeNeeded = !sizeFromPicture && !textureFormats::isJpeg(format->name);
     if (sizeNeeded && (!width || !height))
         arguments.reject(QStringLiteral("A texture in %1 needs --width and --height").arg(format->name));
     if (width.value_or(1) < 1 || height.value_or(1) < 1)

@@ -63,7 +63,7 @@ int extractOne(const fileTreeFile &texture, const QString &name, const Arguments
         return streams.failed(QStringLiteral("\"%1\" cannot name a file; name one with --output").arg(texture.name));
     if (isImageItself(arguments, path))
         return streams.failed(QStringLiteral("%1 is the image itself; name another file with --output").arg(path));
-    const bool isJpeg = texture.format == textureFormats::jpeg.name;
+    const bool isJpeg = textureFormats::isJpeg(texture.format);
     // A size of 1 or less says that no JPEG, or none with an end, lies there.
     if (isJpeg && texture.size() <= 1)
         return streams.failed(QStringLiteral("%1: No JPEG lies at its address").arg(name));

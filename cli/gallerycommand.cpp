@@ -54,7 +54,7 @@ QVector<textureFormat> rawFormats(const Arguments &arguments)
         const std::optional<textureFormat> format = parsedFormat(name);
         if (!format)
             arguments.reject(QStringLiteral("There is no texture format \"%1\"; there are %2").arg(name, formatNames()));
-        else if (format->name == textureFormats::jpeg.name)
+        else if (textureFormats::isJpeg(format->name))
             arguments.reject(QStringLiteral("A raw range cannot be shown as jpeg"));
         else
             formats.append(*format);

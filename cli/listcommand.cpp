@@ -20,7 +20,7 @@ struct Row
 {
     explicit Row(const fileTreeFile &texture)
         : address(texture.realAddress()), size(texture.size()), paletteAddress(texture.realPaletteAddress()),
-          isJpeg(texture.format.compare(textureFormats::jpeg.name, Qt::CaseInsensitive) == 0),
+          isJpeg(textureFormats::isJpegInAnyCase(texture.format)),
           usesPalette(textureFormats::getAsMap().value(texture.format).usesPalette)
     {
     }

@@ -60,7 +60,7 @@ void remarkOnPicture(const fileTreeFile &texture, const QImage &picture, const Q
         streams.remark(QStringLiteral("%1 has no colour table, so that %2 becomes all clear; a picture for %3 needs one")
                            .arg(path, texture.name, format.name));
     const qint64 bytes = QFileInfo(path).size();
-    if (format.name == textureFormats::jpeg.name && texture.size() > 1 && bytes > texture.size())
+    if (textureFormats::isJpeg(format.name) && texture.size() > 1 && bytes > texture.size())
         streams.remark(QStringLiteral("%1 has %2 bytes and the JPEG it replaces %3; what lies behind is overwritten")
                            .arg(path)
                            .arg(bytes)
@@ -87,10 +87,10 @@ int replace(const fileTreeFile &texture, const QString &path, std::optional<int>
 int replaceAndWrite(const Arguments &arguments, const fileTreeFile &texture, const QString &picturePath, const OpenedImage &image,
                     Streams &streams)
 {
-    if (!textureFormats::getAsMap().contains(texture.format))
+    if (!textureFormats::find(texture.format))
         return streams.failed(QStringLiteral("%1: There is no texture format \"%2\"").arg(texture.name, texture.format));
     const QImage picture = loadPicture(picturePath);
-    if (picture.isNull() && texture.format != textureFormats::jpeg.name)
+    if (picture.isNull() && !textureFormats::isJpeg(texture.format))
         return streams.failed(QStringLiteral("Cannot read picture %1").arg(picturePath));
     remarkOnPicture(texture, picture, picturePath, streams);
     const int status = replace(texture, picturePath, arguments.choice("resize", resizeChoices()), streams);

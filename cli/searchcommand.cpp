@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
+#include "base/hexnumber.h"
 #include "cli/arguments.h"
 #include "cli/commandtable.h"
 #include "cli/interrupt.h"
 #include "cli/output.h"
 #include "cli/profile.h"
-#include "model/tablewalk.h"
 #include "cli/terminalprogress.h"
 #include "codec/pictureloader.h"
-#include "base/hexnumber.h"
 #include "model/rom.h"
+#include "model/tablewalk.h"
 #include "search/picturefiles.h"
 #include "search/searchobserver.h"
 #include "search/texturesearch.h"
@@ -88,7 +88,7 @@ QMap<QString, textureFormat> chosenFormats(const Arguments &arguments)
     QMap<QString, textureFormat> chosen;
     if (!arguments.isSet("formats")) {
         for (const textureFormat &format : all) {
-            if (!format.usesPalette && format.name != textureFormats::jpeg.name)
+            if (!format.usesPalette && !textureFormats::isJpeg(format.name))
                 chosen.insert(format.name, format);
         }
         return chosen;
@@ -98,7 +98,7 @@ QMap<QString, textureFormat> chosenFormats(const Arguments &arguments)
         const std::optional<textureFormat> format = parsedFormat(name);
         if (!format)
             arguments.reject(QStringLiteral("There is no texture format \"%1\"; there are %2").arg(name, formatNames()));
-        else if (format->name == textureFormats::jpeg.name)
+        else if (textureFormats::isJpeg(format->name))
             arguments.reject(QStringLiteral("Pictures cannot be searched for as jpeg: no two encoders agree"));
         else
             chosen.insert(format->name, *format);

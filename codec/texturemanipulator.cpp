@@ -40,7 +40,7 @@ QImage jpegPicture(const QByteArray &data)
     return image;
 }
 
-/// Rows of \a width texels that \a bytes bytes hold, 0 also where the numbers make no sense.
+/// Whole rows of \a width pixels that \a bytes bytes hold; 0 where the numbers make no sense.
 int wholeRows(int bytes, double bytesPerPixel, int width)
 {
     if (!(bytesPerPixel > 0) || width <= 0)
@@ -49,17 +49,33 @@ int wholeRows(int bytes, double bytesPerPixel, int width)
     return rows <= std::numeric_limits<int>::max() ? int(rows) : 0;
 }
 
-/// The colour table that the rgb5a1 words in \a palette make: of the 256 or 16 colours a coding uses, all or none.
+/// The 256 entries of a colour table that the rgb5a1 words in \a palette give: all colours of the coding, or none.
 QVector<QRgb> colourTable(TexelCoding coding, const QByteArray &palette)
 {
     QVector<QRgb> colours(256, qRgba(0, 0, 0, 255));
-    const int used = coding == TexelCoding::Ci8 ? 256 : 16;
-    if (palette.size() >= 2 * used)
-        decodeColours(TexelCoding::Rgb5a1, bytesOf(palette), colours.data(), used);
+    if (!isIndexed(coding))
+        return colours;
+    const textureFormat &format = coding == TexelCoding::Ci8 ? textureFormats::ci8 : textureFormats::ci4;
+    if (palette.size() >= textureFormats::paletteBytes(format))
+        decodeColours(TexelCoding::Rgb5a1, bytesOf(palette), colours.data(), textureFormats::paletteColours(format));
     return colours;
 }
 
-/// \a texels texels of \a data, row by row; where there are fewer than the image has pixels, the rest is index 0.
+/// Texels in \a data, with the missing bytes of a last one added as zeros. A record whose bytes per pixel do not fit its coding
+/// can show it. A cut rgb5a1 word is read as 0.
+qint64 completeTexels(TexelCoding coding, QByteArray *data)
+{
+    const int texelBytes = bitsPerTexel(coding) / 8;
+    const int rest = texelBytes > 1 ? data->size() % texelBytes : 0;
+    if (rest > 0) {
+        if (coding == TexelCoding::Rgb5a1)
+            data->chop(rest);
+        data->append(QByteArray(coding == TexelCoding::Rgb5a1 ? texelBytes : texelBytes - rest, '\0'));
+    }
+    return qint64(data->size()) * 8 / bitsPerTexel(coding);
+}
+
+/// \a texels texels of \a data, row by row, as colour indices; where there are fewer than the image has pixels, the rest is 0.
 void fillIndices(TexelCoding coding, const QByteArray &data, qint64 texels, QImage *image)
 {
     const int width = image->width();
@@ -72,8 +88,8 @@ void fillIndices(TexelCoding coding, const QByteArray &data, qint64 texels, QIma
     }
 }
 
-/// As fillIndices(), with transparent black for the rest. Rows of 32-bit pixels follow each other without a gap, so the image is
-/// filled as if it were one row.
+/// As fillIndices(), as colours, with transparent black for the rest. Rows of 32-bit pixels follow each other without a gap, so
+/// the image is filled as if it were one row.
 void fillColours(TexelCoding coding, const QByteArray &data, qint64 texels, QImage *image)
 {
     const qint64 count = qint64(image->width()) * image->height();
@@ -81,6 +97,27 @@ void fillColours(TexelCoding coding, const QByteArray &data, qint64 texels, QIma
     QRgb *pixels = reinterpret_cast<QRgb *>(image->bits());
     decodeColours(coding, bytesOf(data), pixels, present);
     std::fill(pixels + present, pixels + count, 0U);
+}
+
+/// An image without a colour table takes the index itself as the pixel's value.
+void fillIndicesAsColours(TexelCoding coding, const QByteArray &data, qint64 texels, QImage *image)
+{
+    QImage indices(image->size(), QImage::Format_Indexed8);
+    fillIndices(coding, data, texels, &indices);
+    for (int y = 0; y < image->height(); ++y)
+        std::copy_n(indices.constScanLine(y), image->width(), reinterpret_cast<QRgb *>(image->scanLine(y)));
+}
+
+/// An image with a colour table takes a colour's value as an index, and ignores those above 255.
+void fillColoursAsIndices(TexelCoding coding, const QByteArray &data, qint64 texels, QImage *image)
+{
+    QImage colours(image->size(), QImage::Format_ARGB32);
+    fillColours(coding, data, texels, &colours);
+    for (int y = 0; y < image->height(); ++y) {
+        const QRgb *from = reinterpret_cast<const QRgb *>(colours.constScanLine(y));
+        std::transform(from, from + image->width(), image->scanLine(y),
+                       [](QRgb colour) { return uchar(colour < 256 ? colour : 0); });
+    }
 }
 
 QByteArray encodedColours(TexelCoding coding, const PixelSource &source, int bytes)
@@ -126,18 +163,19 @@ QImage textureManipulator::generateTexture(QByteArray data, textureFormat format
     if (coding == TexelCoding::Jpeg)
         return jpegPicture(data);
     const int height = wholeRows(data.size(), format.bytesPerPixel, width);
-    if (coding == TexelCoding::Unknown || isIndexed(coding) != format.usesPalette || height == 0)
+    if (coding == TexelCoding::Unknown || height == 0)
         return QImage();
-    QImage image(width, height, isIndexed(coding) ? QImage::Format_Indexed8 : QImage::Format_ARGB32);
+    QImage image(width, height, format.usesPalette ? QImage::Format_Indexed8 : QImage::Format_ARGB32);
     if (image.isNull())
         return image;
-    const qint64 texels = qint64(data.size()) * 8 / bitsPerTexel(coding);
-    if (isIndexed(coding)) {
+    if (format.usesPalette)
         image.setColorTable(colourTable(coding, palette));
-        fillIndices(coding, data, texels, &image);
-    } else {
-        fillColours(coding, data, texels, &image);
-    }
+    const qint64 texels = completeTexels(coding, &data);
+    // Every record of the format table has a palette exactly if its coding is indexed; others get what the two rules give.
+    if (isIndexed(coding))
+        (format.usesPalette ? fillIndices : fillIndicesAsColours)(coding, data, texels, &image);
+    else
+        (format.usesPalette ? fillColoursAsIndices : fillColours)(coding, data, texels, &image);
     return image;
 }
 

@@ -79,23 +79,26 @@ void convertByteOrder(QByteArray *image, ByteOrder order, const ConversionProgre
     const auto convert = order == ByteOrder::ByteSwapped ? convertWords<swappedIn16BitWords> : convertWords<reversedIn32BitWords>;
     const int size = image->size() / 4 * 4;
     const int step = qMax(1, size / 100);
-    char *bytes = image->data();
-
-    // Progress is told at the first word of every hundredth; what lies between two such words goes in one piece.
     int converted = 0;
+    // The progress function may copy the image, so the bytes are asked for anew at each step.
+    const auto convertUpTo = [&](int end) {
+        convert(image->data() + converted, end - converted);
+        converted = end;
+    };
+
+    // Progress is reported at the first word of every hundredth; the bytes between two such words are converted in one piece.
     int reported = -1;
     for (qint64 hundredth = 0; hundredth < size; hundredth += step) {
         const int position = roundedUp(int(hundredth), unit);
         if (position == reported || position >= size)
             continue;
         const int whole = position / 4 * 4;
-        convert(bytes + converted, whole - converted);
-        converted = whole;
+        convertUpTo(whole);
         if (progress)
             progress(position);
         reported = position;
     }
-    convert(bytes + converted, size - converted);
+    convertUpTo(size);
     if (progress)
         progress(size);
 }

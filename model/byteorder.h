@@ -8,9 +8,9 @@
 
 /// The byte orders in which cartridge images circulate.
 enum class ByteOrder {
-    Unknown,      ///< Not recognised: no cartridge image, or a damaged one.
-    BigEndian,    ///< z64: as the console's bus delivers it.
-    ByteSwapped,  ///< v64: the two bytes of every 16-bit word exchanged.
+    Unknown, ///< Not recognised: no cartridge image, or a damaged one.
+    BigEndian, ///< z64: as the console's bus delivers it.
+    ByteSwapped, ///< v64: the two bytes of every 16-bit word exchanged.
     LittleEndian, ///< n64: the four bytes of every 32-bit word reversed.
 };
 

@@ -106,7 +106,7 @@ QGroupBox *findTextureDialog::createFormatBox()
     const QMap<QString, textureFormat> formats = textureFormats::getAsMap();
     for (const textureFormat &format : formats) {
         // A picture determines neither the texture's palette nor the bytes of a JPEG.
-        if (format.usesPalette || format.name == textureFormats::jpeg.name)
+        if (format.usesPalette || textureFormats::isJpeg(format.name))
             continue;
         auto *choice = new QCheckBox(format.name, box);
         choice->setObjectName(QStringLiteral("formatBox_") + format.name);
@@ -194,12 +194,11 @@ void findTextureDialog::startSearch()
 
 void findTextureDialog::runSearch(const QStringList &files)
 {
-    const QMap<QString, textureFormat> known = textureFormats::getAsMap();
     QMap<QString, textureFormat> formats;
     const QList<QAbstractButton *> choices = m_formats->buttons();
     for (const QAbstractButton *choice : choices) {
         if (choice->isChecked())
-            formats.insert(choice->text(), known.value(choice->text()));
+            formats.insert(choice->text(), *textureFormats::find(choice->text()));
     }
     qDebug() << "Files to search for:" << files.size();
     const bool firstOnly = m_firstOnly->isChecked();

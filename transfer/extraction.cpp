@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "transfer/extraction.h"
 
-#include "codec/texturemanipulator.h"
 #include "base/folderbounds.h"
+#include "codec/texturemanipulator.h"
 #include "model/textureformat.h"
 #include "persist/imagefile.h"
 #include "persist/savefile.h"
@@ -163,7 +163,7 @@ private:
 
 QString pictureExtension(const QString &format)
 {
-    return format.toLower() == textureFormats::jpeg.name ? QStringLiteral(".jpeg") : QStringLiteral(".png");
+    return textureFormats::isJpegInAnyCase(format) ? QStringLiteral(".jpeg") : QStringLiteral(".png");
 }
 
 ExtractOutcome extractTexture(const fileTreeFile &texture, const QString &path, WorkLog *log, QString *error)
@@ -172,14 +172,13 @@ ExtractOutcome extractTexture(const fileTreeFile &texture, const QString &path, 
         *error = ExtractionTexts::tr("It has no data");
         return ExtractOutcome::MissingData;
     }
-    const QMap<QString, textureFormat> formats = textureFormats::getAsMap();
-    const auto record = formats.constFind(texture.format);
-    if (record == formats.constEnd()) {
+    const textureFormat *record = textureFormats::find(texture.format);
+    if (!record) {
         *error = ExtractionTexts::tr("Its format is not supported");
         return ExtractOutcome::UnknownFormat;
     }
     log->debug(debugLine(static_cast<const QString &>(texture.name), texture.format, texture.width, texture.height));
-    if (texture.format == textureFormats::jpeg.name)
+    if (textureFormats::isJpeg(texture.format))
         return writeFile(path, texture.data(), error) ? ExtractOutcome::Extracted : ExtractOutcome::NotWritten;
 
     const QImage image = textureManipulator::generateTexture(texture.data(), *record, texture.width, texture.palette());

@@ -183,7 +183,7 @@ GalleryItem galleryItemOf(const fileTreeFile &texture)
     const int size = texture.size();
     GalleryPicture picture;
     picture.picture = textureManipulator::generateTexture(bytes, format, texture.width, palette);
-    if (format.name == textureFormats::jpeg.name && !picture.picture.isNull())
+    if (textureFormats::isJpeg(format.name) && !picture.picture.isNull())
         picture.jpeg = bytes;
     GalleryItem item;
     item.name = texture.name;

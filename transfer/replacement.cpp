@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "transfer/replacement.h"
 
+#include "codec/pictureloader.h"
 #include "persist/imagefile.h"
 #include "transfer/debugline.h"
-#include "codec/pictureloader.h"
 
 #include <QCoreApplication>
-
-#include <cmath>
 
 namespace
 {
@@ -45,7 +43,7 @@ QImage paletteOfPicture(const QImage &picture, const textureFormat &format)
 {
     if (!format.usesPalette)
         return QImage();
-    const int count = int(std::pow(256.0, format.bytesPerPixel));
+    const int count = textureFormats::paletteColours(format);
     QImage palette(count, 1, QImage::Format_ARGB32);
     palette.fill(qRgba(0, 0, 0, 0));
     for (int i = 0; i < qMin(count, picture.colorCount()); ++i)
@@ -58,7 +56,7 @@ ReplaceOutcome replaceTexture(const fileTreeFile &texture, const QString &fileNa
 {
     QImage picture = loadPicture(fileName);
     const QSize size(texture.width, texture.height);
-    if (picture.size() != size && texture.format.toLower() != textureFormats::jpeg.name) {
+    if (picture.size() != size && !textureFormats::isJpegInAnyCase(texture.format)) {
         const SizeAnswer answer = ask(picture.size(), size);
         if (answer == SizeAnswer::Abort)
             return ReplaceOutcome::Aborted;

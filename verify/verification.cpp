@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "verify/verification.h"
 
-#include "model/tablewalk.h"
-#include "codec/texturemanipulator.h"
 #include "base/hexnumber.h"
+#include "codec/texturemanipulator.h"
+#include "model/tablewalk.h"
 #include "model/textureformat.h"
 
 #include <QHash>
@@ -45,7 +45,7 @@ int differingTexels(const QByteArray &a, const QByteArray &b, const QString &for
         }
         return count;
     }
-    const int texel = int(textureFormats::getAsMap().value(format).bytesPerPixel);
+    const int texel = int(textureFormats::find(format)->bytesPerPixel);
     for (int i = 0; i + texel <= a.size(); i += texel)
         count += std::equal(a.cbegin() + i, a.cbegin() + i + texel, b.cbegin() + i) ? 0 : 1;
     return count;
@@ -60,9 +60,8 @@ public:
     void check(const fileTreeFile &texture, const ByteSpan &span)
     {
         m_texture = &texture;
-        const QMap<QString, textureFormat> formats = textureFormats::getAsMap();
-        const auto format = formats.constFind(texture.format);
-        if (format == formats.constEnd()) {
+        const textureFormat *format = textureFormats::find(texture.format);
+        if (!format) {
             add(Finding::Format, QStringLiteral("The format \"%1\" is unknown").arg(texture.format));
             return;
         }
@@ -95,7 +94,7 @@ private:
 
     bool isReadable(const textureFormat &format, const ByteSpan &span)
     {
-        if (format.name == textureFormats::jpeg.name)
+        if (textureFormats::isJpeg(format.name))
             return isMeasurableJpeg();
         if (m_texture->width < 1 || m_texture->height < 1) {
             add(Finding::Dimensions, QStringLiteral("It is %1 pixels").arg(sizeText(QSize(m_texture->width, m_texture->height))));
@@ -133,7 +132,7 @@ private:
             add(Finding::Undecodable, QStringLiteral("Its bytes give no picture"));
             return;
         }
-        if (format.name == textureFormats::jpeg.name)
+        if (textureFormats::isJpeg(format.name))
             return;
         const QSize wanted(m_texture->width, m_texture->height);
         if (picture.size() == wanted)
@@ -216,25 +215,17 @@ int Verification::count(Finding finding) const
 ByteSpan spanOf(const fileTreeFile &texture)
 {
     const qint64 begin = texture.realAddress();
-    if (texture.format == textureFormats::jpeg.name)
-        return {begin, begin + qMax(0, texture.size())};
-    if (texture.width < 1 || texture.height < 1)
-        return {begin, begin};
-    const textureFormat format = textureFormats::getAsMap().value(texture.format, textureFormats::null);
-    // In 64 bits: the entry's own size wraps, and what is larger than any image must not look small.
-    constexpr qint64 beyondAnyImage = qint64(1) << 40;
-    const qint64 texels = qMin(qint64(texture.width) * texture.height, beyondAnyImage);
-    return {begin, begin + texels * qint64(format.bytesPerPixel * 2) / 2};
+    const bool hasPixels = textureFormats::isJpeg(texture.format) || (texture.width >= 1 && texture.height >= 1);
+    return {begin, begin + (hasPixels ? qMax(qint64(0), texture.unwrappedSize()) : 0)};
 }
 
 ByteSpan paletteSpanOf(const fileTreeFile &texture)
 {
-    const textureFormat format = textureFormats::getAsMap().value(texture.format, textureFormats::null);
-    if (!format.usesPalette)
+    const textureFormat *format = textureFormats::find(texture.format);
+    if (!format || !format->usesPalette)
         return {};
-    constexpr int bytesPerColour = 2;
     const qint64 begin = texture.realPaletteAddress();
-    return {begin, begin + qint64(bytesPerColour) * (format.bytesPerPixel < 1 ? 16 : 256)};
+    return {begin, begin + textureFormats::paletteBytes(*format)};
 }
 
 Verification verifyEntries(const QList<fileTreeFile *> &wanted, const QList<fileTreeFile *> &all, Progress *progress)

@@ -17,9 +17,9 @@ namespace
 bool fitsSelectedTexture(const QString &suffix)
 {
     const fileTreeFile *texture = currentROM.lastSelectedTexture;
-    if (!currentROM.loaded || !texture || !textureFormats::getAsMap().contains(texture->format))
+    if (!currentROM.loaded || !texture || !textureFormats::find(texture->format))
         return false;
-    if (texture->format == textureFormats::jpeg.name)
+    if (textureFormats::isJpeg(texture->format))
         return suffix == QLatin1String("jpg") || suffix == QLatin1String("jpeg");
     return suffix == QLatin1String("png");
 }

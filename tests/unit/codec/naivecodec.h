@@ -52,8 +52,11 @@ inline QImage generateTexture(const QByteArray &data, const textureFormat &forma
     image.fill(qRgba(0, 0, 0, 0));
     if (format.usesPalette) {
         image = image.convertToFormat(QImage::Format_Indexed8);
+        image.fill(0); // Unspecified: the rule converts pixels that were never set.
         for (int i = 0; i < 256; ++i)
             image.setColor(i, qRgba(0, 0, 0, 255));
+    }
+    if (format.name == "ci8" || format.name == "ci4") {
         const int used = format.name == "ci8" ? 256 : 16;
         const QImage colours = generateTexture(palette, textureFormats::rgb5a1, used, QByteArray());
         for (int i = 0; i < used && !colours.isNull(); ++i)

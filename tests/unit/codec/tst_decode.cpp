@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "unit/codec/codecsupport.h"
-#include "unit/codec/naivecodec.h"
 #include "codec/texturemanipulator.h"
 #include "support/messages.h"
+#include "unit/codec/codecsupport.h"
+#include "unit/codec/naivecodec.h"
 
 #include <QBuffer>
 #include <QtTest>
@@ -40,6 +40,9 @@ private slots:
     void unknownFormats_data();
     void unknownFormats();
     void oddRecords();
+    void recordsOfNoTable_data();
+    void recordsOfNoTable();
+    void contradictingRecords();
     void jpegIsWhatTheReaderGives();
     void jpegThatIsNone_data();
     void jpegThatIsNone();
@@ -371,16 +374,60 @@ void DecodeTest::oddRecords()
     for (const double bytes : {0.0, -1.0, qQNaN(), -qInf(), 1e-300})
         QVERIFY(textureManipulator::generateTexture(data, withBytes(bytes), 8, QByteArray()).isNull());
     QVERIFY(textureManipulator::generateTexture(data, withBytes(qInf()), 8, QByteArray()).isNull());
+}
 
-    // The record's size decides on the height; texels that the data does not have stay transparent black.
-    for (const double bytes : {2.0, 0.25})
-        QCOMPARE(difference(textureManipulator::generateTexture(data, withBytes(bytes), 8, QByteArray()),
-                            naive::generateTexture(data, withBytes(bytes), 8, QByteArray())),
-                 QString());
+void DecodeTest::recordsOfNoTable_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<bool>("usesPalette");
+    for (const textureFormat &format : texelFormats()) {
+        for (const bool usesPalette : {false, true})
+            QTest::addRow("%s, %s palette", qPrintable(format.name), usesPalette ? "with" : "without")
+                << format.name << usesPalette;
+    }
+}
 
-    // A record that contradicts itself.
-    QVERIFY(textureManipulator::generateTexture(data, {"ci8", QString(), 1.0, false}, 8, QByteArray()).isNull());
-    QVERIFY(textureManipulator::generateTexture(data, {"i8", QString(), 1.0, true}, 8, QByteArray()).isNull());
+void DecodeTest::recordsOfNoTable()
+{
+    QFETCH(QString, name);
+    QFETCH(bool, usesPalette);
+    const MessageCapture quiet; // The naive codec stores values that are no index.
+    const QByteArray palette = noise(512, 5);
+    QByteArray bytes = noise(67, 12);
+    bytes.replace(8, 24, QByteArray(24, '\0')); // Some texels whose colour is below 256.
+    bytes[11] = bytes[12] = bytes[14] = '\x3E';
+    // The name decides what a texel is, the record's bytes per pixel alone on the height.
+    for (const double bytesPerPixel : {0.25, 0.5, 1.0, 1.5, 2.0, 3.0, 4.0, 70.0}) {
+        const textureFormat format {name, QString(), bytesPerPixel, usesPalette};
+        for (const int size : {0, 1, 3, 64, 65, 66, 67}) {
+            for (const int width : {1, 3, 8}) {
+                const QString found = difference(textureManipulator::generateTexture(bytes.left(size), format, width, palette),
+                                                 naive::generateTexture(bytes.left(size), format, width, palette));
+                QVERIFY2(found.isEmpty(),
+                         qPrintable(QStringLiteral("%1 bytes a pixel, %2 bytes, width %3: %4")
+                                        .arg(bytesPerPixel)
+                                        .arg(size)
+                                        .arg(width)
+                                        .arg(found)));
+            }
+        }
+    }
+}
+
+void DecodeTest::contradictingRecords()
+{
+    // Without a colour table the index is the pixel's value.
+    const QImage plain = textureManipulator::generateTexture("\x07\xFF", {"ci8", QString(), 1.0, false}, 2, QByteArray(512, 'p'));
+    QCOMPARE(plain.format(), QImage::Format_ARGB32);
+    QCOMPARE(plain.pixel(0, 0), 0x00000007U);
+    QCOMPARE(plain.pixel(1, 0), 0x000000FFU);
+    // With one a colour is an index where it is one; no palette is read.
+    const QImage indexed = textureManipulator::generateTexture(QByteArray::fromHex("003EFFFF"), {"rgb5a1", QString(), 2.0, true},
+                                                               2, QByteArray(512, 'p'));
+    QCOMPARE(indexed.format(), QImage::Format_Indexed8);
+    QCOMPARE(indexed.pixelIndex(0, 0), 0xF8);
+    QCOMPARE(indexed.pixelIndex(1, 0), 0);
+    QCOMPARE(indexed.colorTable(), QVector<QRgb>(256, qRgba(0, 0, 0, 255)));
 }
 
 void DecodeTest::jpegIsWhatTheReaderGives()

@@ -126,7 +126,9 @@ void ByteOrderTest::identifier_data()
     QTest::newRow("version is unsigned") << QByteArray("ABCD") << 255 << "ABCD255";
     QTest::newRow("up to the first zero") << QByteArray("AB\0D", 4) << 0 << "AB0";
     QTest::newRow("zeros") << QByteArray(4, '\0') << 7 << "7";
-    QTest::newRow("one character a byte") << QByteArray("\xC0\xE9\xFF" "A") << 1 << QString::fromUtf8("ÀéÿA1");
+    QTest::newRow("one character a byte") << QByteArray("\xC0\xE9\xFF"
+                                                        "A")
+                                          << 1 << QString::fromUtf8("ÀéÿA1");
 }
 
 void ByteOrderTest::identifier()

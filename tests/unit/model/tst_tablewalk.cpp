@@ -92,13 +92,13 @@ private slots:
         folder(m_root, "C");
         QStringList visited;
         walkTable(*m_root,
-                       {[&visited](const fileTreeDirectory &, const QString &path) { visited << path; },
-                        [&visited](const fileTreeFile &, const QString &path) { visited << path; }});
+                  {[&visited](const fileTreeDirectory &, const QString &path) { visited << path; },
+                   [&visited](const fileTreeFile &, const QString &path) { visited << path; }});
         QCOMPARE(visited, QStringList({"Root/", "Root/Top", "Root/A/", "Root/A/B/", "Root/A/B/Sky", "Root/C/"}));
         visited.clear();
         walkTable(*m_b,
-                       {[&visited](const fileTreeDirectory &, const QString &path) { visited << path; },
-                        [&visited](const fileTreeFile &, const QString &path) { visited << path; }});
+                  {[&visited](const fileTreeDirectory &, const QString &path) { visited << path; },
+                   [&visited](const fileTreeFile &, const QString &path) { visited << path; }});
         QCOMPARE(visited, QStringList({"Root/A/B/", "Root/A/B/Sky"}));
         QCOMPARE(fullPath(*m_sky), QString("Root/A/B/Sky"));
         QCOMPARE(fullPath(*m_root), QString("Root/"));
