@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "model/bulkadder.h"
 #include "support/dialogs.h"
 #include "support/messages.h"
 #include "support/tablewindow.h"
@@ -72,11 +73,20 @@ double secondsForRows(int count)
     const std::clock_t start = std::clock();
     window.tree()->expandItem(window.rootRow());
     fileTreeDirectory *folder = window.addFolder(currentROM.root, QStringLiteral("Folder"), 0);
+    BulkAdder adder(folder);
+    const auto addTexture = [&](int number, int address) {
+        auto *texture = new fileTreeFile;
+        texture->name = QString::number(number);
+        texture->address = address;
+        texture->format = QStringLiteral("i8");
+        texture->width = texture->height = 4;
+        window->addTextureToTree(adder.addFile(texture));
+    };
     for (int i = 0; i < count; ++i)
-        window.addTexture(folder, QString::number(i), i, QStringLiteral("i8"), 4, 4);
+        addTexture(i, i);
     window.tree()->expandItem(folder->treeItem);
     for (int i = 0; i < count / 10; ++i)
-        window.addTexture(folder, QString::number(count + i), 0, QStringLiteral("i8"), 4, 4);
+        addTexture(count + i, 0);
     QCoreApplication::processEvents();
     window->updateChildrenInTree(currentROM.root);
     window.select(folder->files.at(count / 2));
