@@ -13,6 +13,7 @@ Command replaceCommand();
 Command importFolderCommand();
 Command importPackCommand();
 Command searchCommand();
+Command discoverCommand();
 Command verifyCommand();
 Command checksumCommand();
 Command patchCreateCommand();

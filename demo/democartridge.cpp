@@ -3,6 +3,7 @@
 
 #include "codec/compressedblock.h"
 #include "demo/canvas.h"
+#include "demo/displaylists.h"
 #include "demo/layout.h"
 #include "demo/lettering.h"
 #include "demo/materials.h"
@@ -224,6 +225,7 @@ Cartridge made()
     addEffects(&layout);
     addUnexplored(&layout);
     addPack(&layout);
+    addDisplayLists(&layout);
     return layout.cartridge;
 }
 }

@@ -1,0 +1,287 @@
+// SPDX-License-Identifier: MIT
+#include "search/pictureliness.h"
+
+#include "codec/texturemanipulator.h"
+
+#include <QSet>
+#include <QtEndian>
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace
+{
+/// The mean difference of two random values from 0 to 255.
+constexpr double randomDifference = 85;
+
+quint32 seen(QRgb colour)
+{
+    return qAlpha(colour) == 0 ? 0 : colour;
+}
+
+QRgb colourOfWord(quint16 word)
+{
+    return word & 1 ? qRgba(word >> 8 & 0xF8, word >> 3 & 0xF8, word << 2 & 0xF8, 255) : 0;
+}
+
+int distance(QRgb a, QRgb b)
+{
+    return (std::abs(qRed(a) - qRed(b)) + std::abs(qGreen(a) - qGreen(b)) + std::abs(qBlue(a) - qBlue(b))
+            + std::abs(qAlpha(a) - qAlpha(b)))
+        / 4;
+}
+
+/// How rows, or columns, differ from the next.
+struct Steps
+{
+    double mean = 0;
+    double usual = 0;
+    double worst = 0; ///< By how much the largest is above the usual one.
+};
+
+/// The steps along \a count lines of \a length pixels: from line to line \a lineStride pixels, within one \a pixelStride.
+Steps stepsOf(const QVector<QRgb> &pixels, int count, int length, int lineStride, int pixelStride)
+{
+    Steps steps;
+    QVector<int> sums;
+    sums.reserve(count);
+    qint64 all = 0;
+    for (int line = 0; line + 1 < count; ++line) {
+        const QRgb *row = pixels.constData() + line * lineStride;
+        int sum = 0;
+        for (int i = 0; i < length * pixelStride; i += pixelStride)
+            sum += distance(row[i], row[i + lineStride]);
+        sums.append(sum);
+        all += sum;
+    }
+    if (sums.isEmpty())
+        return steps;
+    const auto middle = sums.begin() + sums.size() / 2;
+    std::nth_element(sums.begin(), middle, sums.end());
+    steps.mean = double(all) / sums.size() / length;
+    steps.usual = double(*middle) / length;
+    steps.worst = double(*std::max_element(middle, sums.end()) - *middle) / length;
+    return steps;
+}
+
+/// Mean distance of the pixels of \a width x \a height from those \a right and \a down of them.
+double meanDistance(const QVector<QRgb> &pixels, int width, int height, int right, int down)
+{
+    qint64 sum = 0;
+    for (int y = 0; y + down < height; ++y) {
+        const QRgb *row = pixels.constData() + y * width;
+        const QRgb *other = row + down * width + right;
+        for (int x = 0; x + right < width; ++x)
+            sum += distance(row[x], other[x]);
+    }
+    const qint64 pairs = qint64(width - right) * (height - down);
+    return pairs > 0 ? double(sum) / double(pairs) : 0;
+}
+
+/// The colours of a palette as they are seen; without one, colours that are as different as random ones.
+QVector<QRgb> coloursAt(const ByteRange &image, qint64 paletteAddress, int count)
+{
+    QVector<QRgb> colours(count);
+    for (int i = 0; i < count; ++i) {
+        const qint64 at = paletteAddress + 2 * i;
+        if (paletteAddress < 0)
+            colours[i] = quint32(i) * 0x9E3779B9U;
+        else if (at + 2 <= image.size)
+            colours[i] = colourOfWord(qFromBigEndian<quint16>(image.data + at));
+    }
+    return colours;
+}
+
+/// The pixels of \a height rows from \a address on, as they are seen.
+QVector<QRgb> decode(const ByteRange &image, const TextureReference &texture, qint64 address, int height,
+                     const QVector<QRgb> &colours)
+{
+    const int bits = bitsPerPixel(texture.format);
+    const int count = texture.width * height;
+    QVector<QRgb> pixels(count);
+    const auto *bytes = reinterpret_cast<const uchar *>(image.data + address);
+    const auto nibbleAt = [bytes](int i) { return bytes[i / 2] >> (i % 2 ? 0 : 4) & 0xF; };
+    if (texture.isIndexed()) {
+        for (int i = 0; i < count; ++i)
+            pixels[i] = colours.at(bits == 4 ? nibbleAt(i) : bytes[i]);
+        return pixels;
+    }
+    static const QMap<QString, textureFormat> formats = textureFormats::getAsMap();
+    const QByteArray data = QByteArray::fromRawData(image.data + address, (count * bits + 7) / 8);
+    const QImage picture = textureManipulator::generateTexture(data, formats.value(texture.format), texture.width, QByteArray());
+    for (int y = 0; y < qMin(height, picture.height()); ++y) {
+        const auto *row = reinterpret_cast<const QRgb *>(picture.constScanLine(y));
+        std::transform(row, row + texture.width, pixels.begin() + y * texture.width, seen);
+    }
+    return pixels;
+}
+
+/// How many of the colours that the indices of a texture use are different from one another, from 0 to 1; 0 when an index is
+/// beyond the colours that are loaded.
+double varietyOfColours(const ByteRange &image, const TextureReference &texture, qint64 address, const QVector<QRgb> &colours)
+{
+    QVector<bool> isUsed(256);
+    const auto *bytes = reinterpret_cast<const uchar *>(image.data + address);
+    for (int i = 0; i < int(texture.size()); ++i) {
+        if (bitsPerPixel(texture.format) == 8) {
+            isUsed[bytes[i]] = true;
+        } else {
+            isUsed[bytes[i] >> 4] = true;
+            isUsed[bytes[i] & 0xF] = true;
+        }
+    }
+    int used = 0;
+    QSet<QRgb> different;
+    for (int i = 0; i < isUsed.size(); ++i) {
+        if (!isUsed.at(i))
+            continue;
+        if (texture.hasPalette && i >= texture.paletteEntries)
+            return 0;
+        ++used;
+        different.insert(colours.at(i));
+    }
+    return double(different.size()) / used;
+}
+}
+
+double pictureliness(const ByteRange &image, const TextureReference &texture, qint64 address, qint64 paletteAddress)
+{
+    const int width = texture.width;
+    const int bits = bitsPerPixel(texture.format);
+    const int rowBytes = width * bits / 8;
+    // Large ones are judged by their upper part.
+    constexpr int mostPixels = 4096;
+    const int height = qMin(texture.height, qMax(8, mostPixels / width));
+    if (address < 0 || address + texture.size() > image.size || paletteAddress >= image.size || height < 2 || rowBytes < 1
+        || texture.format == QLatin1String("yuv16"))
+        return 0;
+    QVector<QRgb> colours;
+    double variety = 1;
+    if (texture.isIndexed()) {
+        colours = coloursAt(image, paletteAddress, bits == 4 ? 16 : 256);
+        variety = varietyOfColours(image, texture, address, colours);
+        if (variety <= 0)
+            return 0;
+    }
+    // With the rows before and behind, which are of something else.
+    const int before = address >= rowBytes ? 1 : 0;
+    const int behind = height == texture.height && address + texture.size() + rowBytes <= image.size ? 1 : 0;
+    const QVector<QRgb> around = decode(image, texture, address - before * rowBytes, before + height + behind, colours);
+    const QVector<QRgb> pixels = around.mid(before * width, height * width);
+
+    const Steps down = stepsOf(pixels, height, width, width, 1);
+    const Steps across = stepsOf(pixels, width, height, 1, width);
+    const double shuffled =
+        qMax(meanDistance(pixels, width, height, 0, height / 2), meanDistance(pixels, width, height, width / 2, height / 3));
+    if (shuffled <= 0)
+        return 0;
+    // Far rows being more different than near ones counts only up to a point: how far they differ is up to the picture.
+    const double contrast = qBound(0.0, (shuffled - qMin(down.mean, across.mean)) / (0.2 * shuffled), 1.0);
+    const double smoothness = qMax(0.0, 1 - (down.mean + across.mean) / (2 * randomDifference));
+    // Where one picture ends and the next begins, all of a row or column changes: it does at the borders, and not inside.
+    const double seams = down.worst + across.worst;
+    double borders = 0;
+    if (before)
+        borders += qMax(0.0, stepsOf(around, 2, width, width, 1).mean - down.usual);
+    if (behind)
+        borders += qMax(0.0, stepsOf(around.mid((before + height - 1) * width), 2, width, width, 1).mean - down.usual);
+    const double edges = qBound(0.0, 0.5 + (borders - seams) / 255, 1.0);
+    return contrast * variety * (smoothness + edges) / 2;
+}
+
+RowLikeness::RowLikeness(const TextureReference &texture)
+{
+    // Of a large texture the upper part tells enough.
+    constexpr int mostBytes = 64 * 1024;
+    const int bits = bitsPerPixel(texture.format);
+    m_rowBytes = texture.width * bits / 8;
+    m_rows = qMin(texture.height, mostBytes / qMax(1, m_rowBytes));
+    if (texture.isIndexed())
+        m_kind = bits == 4 ? Kind::Indices4 : Kind::Indices8;
+    else if (bits == 4)
+        m_kind = Kind::Nibbles;
+    else if (texture.format == QLatin1String("rgb5a1"))
+        m_kind = Kind::Colours16;
+}
+
+/// The sum of the differences of eight bytes, each from 0 to 255.
+int RowLikeness::difference(quint64 a, quint64 b) const
+{
+    if (a == b)
+        return 0;
+    int sum = 0;
+    switch (m_kind) {
+    case Kind::Bytes:
+        for (int shift = 0; shift < 64; shift += 8)
+            sum += std::abs(int(a >> shift & 0xFF) - int(b >> shift & 0xFF));
+        break;
+    case Kind::Nibbles:
+        for (int shift = 0; shift < 64; shift += 4)
+            sum += std::abs(int(a >> shift & 0xF) - int(b >> shift & 0xF));
+        sum = sum * 17 / 2;
+        break;
+    case Kind::Indices8:
+        for (int shift = 0; shift < 64; shift += 8)
+            sum += (a >> shift & 0xFF) != (b >> shift & 0xFF) ? int(randomDifference) : 0;
+        break;
+    case Kind::Indices4:
+        for (int shift = 0; shift < 64; shift += 4)
+            sum += (a >> shift & 0xF) != (b >> shift & 0xF) ? int(randomDifference) : 0;
+        sum /= 2;
+        break;
+    case Kind::Colours16:
+        for (int shift = 0; shift < 64; shift += 16) {
+            const int x = int(a >> shift & 0xFFFF);
+            const int y = int(b >> shift & 0xFFFF);
+            sum += (std::abs((x >> 11) - (y >> 11)) + std::abs((x >> 6 & 31) - (y >> 6 & 31))
+                    + std::abs((x >> 1 & 31) - (y >> 1 & 31)))
+                    * 4
+                + ((x ^ y) & 1) * 127;
+        }
+        break;
+    }
+    return sum;
+}
+
+void RowLikeness::score(const ByteRange &image, qint64 address, int step, int count, float *scores)
+{
+    const int words = (step * (count - 1) + bytes()) / wordBytes;
+    const int farRows = m_rows / 2;
+    const char *data = image.data + address;
+    const qint64 left = image.size - address;
+    m_rough.resize(words + 1);
+    m_varied.resize(words + 1);
+    m_rough[0] = 0;
+    m_varied[0] = 0;
+    for (int i = 0; i < words; ++i) {
+        const int at = i * wordBytes;
+        const quint64 word = at + wordBytes <= left ? qFromBigEndian<quint64>(data + at) : 0;
+        const quint64 below = at + m_rowBytes + wordBytes <= left ? qFromBigEndian<quint64>(data + at + m_rowBytes) : 0;
+        const int farAt = at + farRows * m_rowBytes;
+        const quint64 further = farAt + wordBytes <= left ? qFromBigEndian<quint64>(data + farAt) : 0;
+        m_rough[i + 1] = m_rough.at(i) + difference(word, below);
+        m_varied[i + 1] = m_varied.at(i) + (word != further ? 1 : 0);
+    }
+    const int pairWords = qMax(1, (m_rows - 1) * m_rowBytes / wordBytes);
+    const int farWords = qMax(1, (m_rows - farRows) * m_rowBytes / wordBytes);
+    for (int i = 0; i < count; ++i) {
+        const int first = i * step / wordBytes;
+        const int rough = m_rough.at(qMin(words, first + pairWords)) - m_rough.at(first);
+        const int varied = m_varied.at(qMin(words, first + farWords)) - m_varied.at(first);
+        const float variety = qMin(1.0F, 4.0F * float(varied) / float(farWords));
+        scores[i] = variety * qMax(0.0F, 1.0F - float(rough) / float(pairWords * wordBytes * randomDifference));
+    }
+}
+
+float RowLikeness::atSample(const ByteRange &image, qint64 address) const
+{
+    constexpr int farRows = 8;
+    if (address < 0 || address + qint64(farRows) * m_rowBytes + wordBytes > image.size)
+        return 0;
+    const char *data = image.data + address;
+    const auto word = qFromBigEndian<quint64>(data);
+    if (word == qFromBigEndian<quint64>(data + farRows * m_rowBytes))
+        return 0;
+    const int rough = difference(word, qFromBigEndian<quint64>(data + m_rowBytes));
+    return qMax(0.0F, 1.0F - float(rough) / float(wordBytes * randomDifference));
+}
