@@ -102,9 +102,9 @@ void printTexture(const DiscoveredTexture &texture, QTextStream &out)
                                                   : hexNumber(texture.paletteAddress);
     out << hexNumber(texture.address) << gap << texture.format.leftJustified(8) << gap
         << QStringLiteral("%1x%2").arg(texture.width).arg(texture.height).leftJustified(11) << gap << palette.leftJustified(10)
-        << gap << placedByName(texture.placedBy).leftJustified(8) << gap << QString::number(texture.confidence, 'f', 2) << gap
-        << QString::number(texture.uses).rightJustified(4) << gap << commandsText(texture.commands)
-        << (texture.isInterleaved ? ", rows interleaved" : "") << '\n';
+        << gap << placedByName(texture.placedBy).leftJustified(9) << gap
+        << QString::number(texture.confidence, 'f', 2).leftJustified(10) << gap << QString::number(texture.uses).rightJustified(4)
+        << gap << commandsText(texture.commands) << (texture.isInterleaved ? ", rows interleaved" : "") << '\n';
 }
 
 void printUnplaced(const Neighbourhood &neighbourhood, QTextStream &out)

@@ -257,7 +257,7 @@ FoundBase AddressBases::find(const QVector<TextureReference> &textures, int list
 {
     FoundBase found;
     choose(textures);
-    if (m_chosen.size() < fewestTextures || m_steps->isUnwanted())
+    if (m_chosen.size() < fewestTextures || m_steps->isCancelled())
         return found;
     Extent extent = extentOf(textures);
     extent.highest &= -qint64(baseAlignment);
@@ -284,7 +284,7 @@ FoundBase AddressBases::find(const QVector<TextureReference> &textures, int list
         if (region.score >= regions.first().score - hopeless)
             candidates += refined(region, extent);
     }
-    if (m_steps->isUnwanted() || candidates.isEmpty())
+    if (m_steps->isCancelled() || candidates.isEmpty())
         return found;
     const qint64 best = bestApart(candidates, 1, baseAlignment, place, score).first().base;
     for (qint64 base = qMax(extent.lowest, best - slopeReach); base <= qMin(extent.highest, best + slopeReach);

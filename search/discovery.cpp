@@ -327,7 +327,7 @@ Discovery discoverTextures(const QByteArray &image, int begin, int end, WorkStep
         kinds[{int(texture.location.placedBy), texture.location.segment}].append(texture);
     Discoverer discoverer(image, scan.commands, steps);
     for (const QVector<LocatedTexture> &kind : qAsConst(kinds)) {
-        if (!steps->isUnwanted())
+        if (!steps->isCancelled())
             discoverer.addKind(kind);
     }
     Discovery discovery = discoverer.finished();

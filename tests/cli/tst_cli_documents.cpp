@@ -4,6 +4,7 @@
 
 #include "codec/compressedblock.h"
 #include "support/bootimages.h"
+#include "support/displaylists.h"
 #include "verify/verification.h"
 
 #include <QImage>
@@ -90,6 +91,11 @@ private slots:
         for (const QStringList &more : {QStringList {"blocks"}, QStringList {"unpack", "-o", folder.path("out")},
                                         QStringList {"pack", folder.path("NQLE0-0x00001000.yay0"), "--dry-run"}})
             collectKeys(call(QStringList {more.first(), "--json", folder.imagePath()} + more.mid(1)).json(), &keys);
+        const TestList list = TestList().block(TestList::Rgba, 16, 32, 32, 0x80003000).end();
+        image.replace(8, 4, QByteArray::fromHex("80000400"));
+        image.replace(0x2000, list.bytes().size(), list.bytes());
+        folder.addPart("lists.z64", image);
+        collectKeys(call({"discover", "--json", folder.path("lists.z64")}).json(), &keys);
         for (const Finding finding : allFindings())
             keys.insert(findingName(finding));
         QVERIFY(keys.size() > 40);
