@@ -2,6 +2,7 @@
 #include "search/discovery.h"
 
 #include "base/hexnumber.h"
+#include "model/bulkadder.h"
 #include "model/headerchecksum.h"
 #include "model/rom.h"
 #include "model/textureformat.h"
@@ -405,10 +406,9 @@ int addDiscovered(const Discovery &discovery, fileTreeDirectory *root, const QSt
         }
         fileTreeDirectory *all = folderIn(root, name, 0, currentROM.data.size());
         fileTreeDirectory *folder = folderIn(all, folderName(discovery.neighbourhoods.at(neighbourhood.key())), begin, end);
-        QVector<fileTreeReplacement> changes;
+        BulkAdder adder(folder);
         for (const DiscoveredTexture &texture : *neighbourhood)
-            changes.append({entryFor(texture, *folder), nullptr});
-        folder->addFiles(changes);
+            adder.addFile(entryFor(texture, *folder));
     }
     return count;
 }

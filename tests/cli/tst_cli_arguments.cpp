@@ -164,7 +164,8 @@ private slots:
             while (arguments.size() - 1 < (command.name == "replace" ? command.most : command.fewest))
                 arguments << "Root/x";
             for (const QCommandLineOption &option : command.options) {
-                if (option.names().contains("dry-run") && command.name != "checksum" && command.name != "search")
+                if (option.names().contains("dry-run") && command.name != "checksum" && command.name != "search"
+                    && command.name != "discover")
                     arguments << "--dry-run";
             }
             if (command.name == "gallery")
