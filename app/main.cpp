@@ -2,6 +2,7 @@
 #include "app/mainwindow.h"
 #include "app/programoptions.h"
 #include "app/screenshot.h"
+#include "app/termination.h"
 #include "persist/filesync.h"
 #include "translations/translations.h"
 
@@ -9,6 +10,8 @@
 #include <QDebug>
 #include <QIcon>
 #include <QTimer>
+
+#include <memory>
 
 int main(int argc, char *argv[])
 {
@@ -27,12 +30,14 @@ int main(int argc, char *argv[])
     // By its desktop entry a desktop knows the window's name and icon.
     QGuiApplication::setDesktopFileName(QStringLiteral(QUILLARY_APPLICATION_ID));
 
+    const ProgramOptions options = programOptions(QCoreApplication::arguments());
+    const std::unique_ptr<SettingsCopy> settingsCopy(options.screenshot.isEmpty() ? nullptr : new SettingsCopy);
     installTranslation(systemLanguages());
     MainWindow window;
+    saveFileListAtTermination(&window);
     qDebug().noquote() << describe(window.profilesFolder());
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/quillary")));
     window.show();
-    const ProgramOptions options = programOptions(QCoreApplication::arguments());
     if (!options.screenshot.isEmpty())
         return takeScreenshot(&window, options.image, options.screenshot) ? EXIT_SUCCESS : EXIT_FAILURE;
     if (!options.image.isEmpty())

@@ -20,15 +20,19 @@
 #include <QMenuBar>
 #include <QMimeData>
 #include <QProgressDialog>
+#include <QScopedValueRollback>
 #include <QScreen>
 #include <QSplitter>
 #include <QStandardPaths>
 #include <QStatusBar>
+#include <QStatusTipEvent>
 #include <QTabBar>
 #include <QTabWidget>
 #include <QToolBar>
 #include <QTreeWidget>
 #include <QUrl>
+
+#include <algorithm>
 
 namespace
 {
@@ -51,6 +55,36 @@ protected:
         else
             QProgressDialog::closeEvent(event);
     }
+};
+
+/// The splitter between the table and the panels. Its stretch factors give the table what the window gains; beyond the width of
+/// all columns, half of the gain goes to the panels. A place that the user has chosen for the handle is kept relative to that.
+class TableSplitter : public QSplitter
+{
+public:
+    TableSplitter(const QHeaderView *columns, QWidget *parent) : QSplitter(parent), m_columns(columns) { }
+
+protected:
+    void resizeEvent(QResizeEvent *event) override
+    {
+        const int before = sizes().value(0) + sizes().value(1);
+        QSplitter::resizeEvent(event);
+        const QList<int> now = sizes();
+        const int gained = gainOfPanels(now.value(0) + now.value(1)) - gainOfPanels(before);
+        if (isVisible() && gained != 0)
+            setSizes({now.value(0) - gained, now.value(1) + gained});
+    }
+
+private:
+    /// Pixels that the panels have beyond their preferred width when both parts together have \a width pixels.
+    int gainOfPanels(int width) const
+    {
+        const int last = m_columns->logicalIndex(m_columns->count() - 1); // Stretched to the end of the table.
+        const int columns = m_columns->length() - m_columns->sectionSize(last) + m_columns->sectionSizeHint(last);
+        return std::max(0, width - columns - widget(1)->sizeHint().width()) / 2;
+    }
+
+    const QHeaderView *m_columns;
 };
 
 QString desktopDisplayName()
@@ -104,6 +138,13 @@ QProgressDialog *MainWindow::createProgressDialog(const QString &label, const QS
     if (cancelText.isNull())
         dialog->setCancelButton(nullptr);
     return dialog;
+}
+
+void MainWindow::closeProgress(QProgressDialog *dialog)
+{
+    // A dialog that was cancelled, or has been at its maximum, would show once more.
+    if (dialog->isVisible())
+        dialog->setValue(dialog->maximum());
 }
 
 QAction *MainWindow::createAction(const QString &name, const QString &text, const QString &icon, const QString &statusTip)
@@ -254,6 +295,11 @@ void MainWindow::createStatusBar()
 {
     statusBar()->setObjectName(QStringLiteral("statusBar"));
     statusBar()->showMessage(tr("Ready"));
+    // A tip that had to wait for the end of an outcome shows then, if the pointer is still there.
+    connect(statusBar(), &QStatusBar::messageChanged, this, [this](const QString &message) {
+        if (message.isEmpty() && !m_statusTip.isEmpty())
+            statusBar()->showMessage(m_statusTip);
+    });
 }
 
 void MainWindow::createPanels()
@@ -277,12 +323,12 @@ void MainWindow::createTabs()
 
 void MainWindow::createSplitter()
 {
-    m_splitter = new QSplitter(this);
+    m_splitter = new TableSplitter(m_treeWidget->header(), this);
     m_splitter->setObjectName(QStringLiteral("splitter"));
     m_splitter->addWidget(m_treeWidget);
     m_splitter->addWidget(m_tabWidget);
     m_splitter->setCollapsible(0, false);
-    // What a larger window gains goes to the table.
+    // What a larger window gains goes to the table, until all its columns show.
     m_splitter->setStretchFactor(0, 1);
     m_splitter->setStretchFactor(1, 0);
 }
@@ -401,6 +447,7 @@ void MainWindow::openRecentFile()
 
 bool MainWindow::save()
 {
+    takeBackImagePath();
     const QString pathKey = QStringLiteral("romPath");
     return m_settings.contains(pathKey) ? saveFile(m_settings.value(pathKey).toString()) : saveAs();
 }
@@ -409,6 +456,7 @@ bool MainWindow::saveAs()
 {
     if (isBusy())
         return false;
+    takeBackImagePath();
     const QString pathKey = QStringLiteral("romPath");
     if (!m_settings.contains(pathKey))
         m_settings.setValue(pathKey, QString(desktopDisplayName() + QLatin1Char('/') + currentROM.baseName));
@@ -466,6 +514,44 @@ bool MainWindow::autosaveFileList()
                    tr("The changes in the file list could not be saved.\nDo you want to close and lose them?"),
                    QMessageBox::Close | QMessageBox::Cancel, QMessageBox::Cancel)
         == QMessageBox::Close;
+}
+
+void MainWindow::saveFileListUnasked()
+{
+    // While an image is loaded, the list of the one before has been written, and the table may not be that of the new one yet.
+    if (!currentROM.loaded || !currentROM.autosave || m_loadsImage)
+        return;
+    const QScopedValueRollback<bool> quiet(m_asksNothing, true);
+    saveFileListOfOpenImage();
+}
+
+/// The outcome of an operation keeps its place in the status bar for its time: without this, the tip of the button or the menu
+/// entry under the pointer would replace it at once.
+bool MainWindow::event(QEvent *event)
+{
+    if (event->type() == QEvent::StatusTip) {
+        const QString shown = statusBar()->currentMessage();
+        const bool isOutcome = !shown.isEmpty() && shown != m_statusTip && shown != tr("Ready");
+        m_statusTip = static_cast<QStatusTipEvent *>(event)->tip();
+        if (isOutcome)
+            return true;
+    }
+    return QMainWindow::event(event);
+}
+
+void MainWindow::showEvent(QShowEvent *event)
+{
+    QMainWindow::showEvent(event);
+    if (!m_wasShown)
+        fitColumnsToFont();
+    m_wasShown = true;
+}
+
+void MainWindow::changeEvent(QEvent *event)
+{
+    QMainWindow::changeEvent(event);
+    if (event->type() == QEvent::ActivationChange && isActiveWindow())
+        storeImagePathAgain();
 }
 
 void MainWindow::closeEvent(QCloseEvent *event)

@@ -63,6 +63,9 @@ public:
     // Image (mainwindow_image.cpp)
     void loadFile(const QString &fileName);
     bool saveFile(const QString &fileName);
+    /// Writes the file list as closing does, when auto-save is on, but shows no message and leaves the image file alone. For a
+    /// program that is ended from outside.
+    void saveFileListUnasked();
 
     // Construction, settings and state (mainwindow.cpp)
     void createActions();
@@ -109,8 +112,7 @@ public:
 public slots:
     // The order is that of the meta-object's method table and is relied on; loadTexture() takes three entries there. New slots
     // go behind the last of these.
-    bool runFindTexture(QStringList entries, QMap<QString, textureFormat> formats, const bool firstOnly,
-                        const int duplicateMode);
+    bool runFindTexture(QStringList entries, QMap<QString, textureFormat> formats, const bool firstOnly, const int duplicateMode);
     void updateSelectedInfo();
     void importTexture(QImage image, int address, QString format, QByteArray rawImage);
     void insertTexture(QString fileName, fileTreeFile *texture);
@@ -159,6 +161,9 @@ public slots:
     void saveProfileSettings();
 
 protected:
+    bool event(QEvent *event) override;
+    void changeEvent(QEvent *event) override;
+    void showEvent(QShowEvent *event) override;
     void closeEvent(QCloseEvent *event) override;
     void dragEnterEvent(QDragEnterEvent *event) override;
     void dragMoveEvent(QDragMoveEvent *event) override;
@@ -182,9 +187,15 @@ private:
     bool isBusy() const { return m_busy > 0; }
     class SearchView;
 
-    /// Brings a file's content into big-endian order under a progress dialog. Returns whether its header names the cartridge;
-    /// \a unknownCounts is the answer for a content of whole words in no known order.
-    bool normaliseImage(QByteArray *image, bool unknownCounts);
+    /// Converts currentROM's bytes to big-endian order, in place and under a progress dialog. Returns whether the header names
+    /// the cartridge; \a unknownCounts is the answer for whole words in no known order.
+    bool normaliseImage(bool unknownCounts);
+    /// Stores \a fileName as the path that Save writes to. The setting is shared with other running programs.
+    void storeImagePath(const QString &fileName);
+    /// Stores the path of the image that is loaded here again, if one is.
+    void storeImagePathAgain();
+    /// As storeImagePathAgain(), but only where another running program stored its path last: Save must not hit that file.
+    void takeBackImagePath();
 
     /// An action of the window with the icon ":/icons/" + \a icon.
     QAction *createAction(const QString &name, const QString &text, const QString &icon, const QString &statusTip);
@@ -215,6 +226,7 @@ private:
     bool mayReplaceFileTable();
     /// As writeFileListTo(), to the list of \a profile; a name that leads out of the profiles folder counts as unwritable.
     bool writeFileListOf(const QString &profile);
+    void showUnwritableList(const QString &path);
     QString selectedProfile() const;
     void replaceUnusableAutoloadProfile();
     ProfileStore profileStore() const;
@@ -223,8 +235,13 @@ private:
 
     /// Sorts the tree anew by the column and the order that its header shows.
     void sortByCurrentColumn();
+    /// Leaves the tree without a current and a selected row, and without a signal, so that a click on any row selects it.
+    void clearHighlight();
+    /// Widens columns that still have their initial width where the font leaves no room in it.
+    void fitColumnsToFont();
     void addRow(QTreeWidgetItem *parentRow, QTreeWidgetItem *row);
     QIcon iconOf(const fileTreeFile &texture) const;
+    void deleteFolder(fileTreeDirectory *folder);
     void keepRemovedRow(QTreeWidgetItem *row);
     /// Takes the rows of \a textures, all of \a folder, out of the tree and frees them, in time linear in the folder's rows. The
     /// selection moves to the folder when it was on one of them.
@@ -247,16 +264,23 @@ private:
     void showPreviewMessage(const QString &message);
 
     void saveSelectedTexture(); ///< saveTexture() for a texture.
-    void saveSelectedFolder();  ///< saveTexture() for a folder.
+    void saveSelectedFolder(); ///< saveTexture() for a folder.
 
-    /// A window-modal progress dialog from 0 to \a maximum. With a null \a cancelText it has no cancel button, and the user cannot
-    /// close it either. It belongs to the window; whoever asked for it deletes it when the work is done.
+    /// A window-modal progress dialog from 0 to \a maximum. With a null \a cancelText it has no cancel button, and the user
+    /// cannot close it either. It belongs to the window; whoever asked for it deletes it when the work is done.
     QProgressDialog *createProgressDialog(const QString &label, const QString &cancelText, int maximum);
+    /// Takes \a dialog to its maximum, which closes it. One that has closed already stays closed.
+    static void closeProgress(QProgressDialog *dialog);
 
     QSettings m_settings;
     QFileDialog::Options m_fileDialogOptions;
     const ProfilesFolder m_profilesFolder;
     int m_busy = 0;
+    QString m_imagePath; ///< Where the loaded image was read from or last saved to.
+    bool m_loadsImage = false; ///< The table still is, or may be, that of the image before.
+    bool m_asksNothing = false; ///< The program is being ended: no message box may wait for an answer.
+    QString m_statusTip; ///< The last tip, which shows or waits for the end of an outcome.
+    bool m_wasShown = false;
     QPointer<QProgressDialog> m_searchProgress; ///< Of the last search; stays until the next one.
 
     QWidget *m_centralWidget = nullptr;

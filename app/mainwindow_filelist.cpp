@@ -108,8 +108,14 @@ bool MainWindow::writeFileListTo(const QString &path)
     if (opened)
         QUILLARY_DEBUG_AS("void MainWindow::createXMLFile(const QString &)") << "error";
     qDebug().noquote() << path + QLatin1Char(':') << error;
-    showBox(this, QMessageBox::Critical, QStringLiteral("createXMLFile"), tr("Couldn't open %1").arg(path));
+    showUnwritableList(path);
     return false;
+}
+
+void MainWindow::showUnwritableList(const QString &path)
+{
+    if (!m_asksNothing)
+        showBox(this, QMessageBox::Critical, QStringLiteral("createXMLFile"), tr("Couldn't open %1").arg(path));
 }
 
 void MainWindow::clearFileTable()

@@ -3,16 +3,19 @@
 
 #include "app/messagebox.h"
 #include "app/waitcursor.h"
-#include "model/byteorder.h"
 #include "base/debuglog.h"
+#include "model/byteorder.h"
 #include "persist/imagefile.h"
 #include "persist/savefile.h"
 #include "transfer/blockfiles.h"
 
+#include <QApplication>
 #include <QFileInfo>
 #include <QProgressDialog>
+#include <QScopedValueRollback>
 #include <QStatusBar>
 #include <QTabWidget>
+#include <QUuid>
 
 namespace
 {
@@ -34,6 +37,48 @@ QString folderOf(const QString &fileName)
     const QString folder = QFileInfo(fileName).absolutePath();
     return folder.endsWith(QLatin1Char('/')) ? folder : folder + QLatin1Char('/');
 }
+
+QString pathKey()
+{
+    return QStringLiteral("romPath");
+}
+
+/// The setting that names the running program which stored "romPath" last.
+QString ownerKey()
+{
+    return QStringLiteral("romPathOwner");
+}
+
+QString thisProgram()
+{
+    static const QString name = QUuid::createUuid().toString(QUuid::WithoutBraces);
+    return name;
+}
+}
+
+void MainWindow::storeImagePath(const QString &fileName)
+{
+    const QWidgetList widgets = QApplication::topLevelWidgets();
+    for (QWidget *widget : widgets) { // All windows of a program show the one currentROM.
+        if (auto *window = qobject_cast<MainWindow *>(widget))
+            window->m_imagePath = fileName;
+    }
+    m_imagePath = fileName;
+    m_settings.setValue(pathKey(), fileName);
+    m_settings.setValue(ownerKey(), thisProgram());
+}
+
+void MainWindow::storeImagePathAgain()
+{
+    if (currentROM.loaded && !m_imagePath.isEmpty())
+        storeImagePath(m_imagePath);
+}
+
+void MainWindow::takeBackImagePath()
+{
+    m_settings.sync();
+    if (m_settings.value(ownerKey()).toString() != thisProgram())
+        storeImagePathAgain();
 }
 
 void MainWindow::loadFile(const QString &fileName)
@@ -55,18 +100,19 @@ void MainWindow::loadFile(const QString &fileName)
         return;
 
     const bool hadDialogPath = m_settings.contains(QStringLiteral("fileDialogPath"));
-    m_settings.setValue(QStringLiteral("romPath"), fileName);
+    storeImagePath(fileName);
     if (!hadDialogPath)
         m_settings.setValue(QStringLiteral("fileDialogPath"), folderOf(fileName));
 
     const WaitCursor waitCursor;
-    // What was unpacked from a block has no header that could name it: its name tells which profiles are its own.
-    const bool isBlock = parsedBlockFileName(QFileInfo(fileName).fileName()).has_value();
-    const bool identified = normaliseImage(&image, hadDialogPath && !isBlock);
+    const QScopedValueRollback<bool> loading(m_loadsImage, true);
     currentROM.baseName = QFileInfo(fileName).completeBaseName();
     currentROM.loaded = true;
-    currentROM.data = image;
-    currentROM.romID = identified ? cartridgeIdentifier(image) : currentROM.baseName;
+    currentROM.data = std::move(image);
+    // A file unpacked from a block has no header with an identifier: its profiles go by its name.
+    const bool isBlock = parsedBlockFileName(QFileInfo(fileName).fileName()).has_value();
+    const bool identified = normaliseImage(hadDialogPath && !isBlock);
+    currentROM.romID = identified ? cartridgeIdentifier(currentROM.data) : currentROM.baseName;
 
     for (int i = 0; i < m_tabWidget->count(); ++i)
         m_tabWidget->setTabEnabled(i, true);
@@ -77,8 +123,9 @@ void MainWindow::loadFile(const QString &fileName)
     statusBar()->showMessage(tr("File loaded"), 2000);
 }
 
-bool MainWindow::normaliseImage(QByteArray *image, bool unknownCounts)
+bool MainWindow::normaliseImage(bool unknownCounts)
 {
+    QByteArray *image = &currentROM.data;
     if (!hasDetectableByteOrder(image->size()))
         return false;
     const ByteOrder order = byteOrderOf(*image);
@@ -99,8 +146,10 @@ bool MainWindow::normaliseImage(QByteArray *image, bool unknownCounts)
 
 bool MainWindow::saveFile(const QString &fileName)
 {
-    // With nothing loaded there is nothing to write, but perhaps an earlier image at that path to lose.
-    if (isBusy() || (!currentROM.loaded && currentROM.data.isEmpty()))
+    if (isBusy())
+        return false;
+    // With nothing loaded an empty file is written, but never over a file that has contents.
+    if (!currentROM.loaded && currentROM.data.isEmpty() && QFileInfo(fileName).size() > 0)
         return false;
     qDebug() << QString::number(currentROM.data.size());
 
@@ -115,6 +164,6 @@ bool MainWindow::saveFile(const QString &fileName)
     }
     setCurrentFile(fileName);
     statusBar()->showMessage(tr("File saved"), 2000);
-    m_settings.setValue(QStringLiteral("romPath"), fileName);
+    storeImagePath(fileName);
     return true;
 }

@@ -3,6 +3,7 @@
 
 #include "base/hexnumber.h"
 #include "base/wrapping.h"
+#include "widgets/texturepreviewarea.h"
 
 #include <QCheckBox>
 #include <QGridLayout>
@@ -15,6 +16,7 @@
 #include <QScrollBar>
 #include <QSpinBox>
 #include <QStatusBar>
+#include <QWheelEvent>
 
 #include <algorithm>
 
@@ -22,6 +24,22 @@ namespace
 {
 constexpr int savedMessageTime = 5000; // milliseconds
 constexpr int charactersToShow = 22; // of a field, at least
+
+/// A spin box that the wheel turns only while it has the focus: elsewhere the wheel scrolls the column that it stands in.
+class PixelField : public QSpinBox
+{
+public:
+    explicit PixelField(QWidget *parent) : QSpinBox(parent) { setFocusPolicy(Qt::StrongFocus); }
+
+protected:
+    void wheelEvent(QWheelEvent *event) override
+    {
+        if (hasFocus())
+            QSpinBox::wheelEvent(event);
+        else
+            event->ignore();
+    }
+};
 
 /// Builds the rows of one panel from top to bottom: captions in the first column, fields in the second.
 class PanelRows
@@ -63,7 +81,7 @@ public:
 
     QSpinBox *addPixels(const QString &caption, const QString &name, QLabel **label)
     {
-        auto *field = new QSpinBox(m_box);
+        auto *field = new PixelField(m_box);
         field->setRange(1, 100000);
         field->setLocale(QLocale::c()); // Digits as in the table, whatever the user's locale writes numbers in.
         // The panel frames its line edits; the one inside a spin box has the box's own frame.
@@ -108,6 +126,9 @@ QLabel *createUnsavedLabel(QWidget *parent)
 {
     auto *label = new QLabel(MainWindow::tr("There are unsaved changes."), parent);
     label->setAlignment(Qt::AlignHCenter);
+    QSizePolicy policy = label->sizePolicy();
+    policy.setRetainSizeWhenHidden(true); // The button below does not jump.
+    label->setSizePolicy(policy);
     label->hide();
     return label;
 }
@@ -185,12 +206,18 @@ void MainWindow::createTextureViewer()
         QStringLiteral("QLineEdit {qproperty-frame: true} "
                        "QLineEdit[readOnly=\"true\"] {qproperty-frame: false;background-color:transparent}"));
     auto *layout = new QHBoxLayout(m_selectionPanel);
+    // Made before the fields, whose scroll area lies as deep as the preview: the first scroll area that is found is the preview.
+    createPreviewBox();
+    auto *fields = new QWidget(m_selectionPanel);
     QGroupBox *folderBox = createFolderBox();
     QGroupBox *textureBox = createTextureBox();
     alignFields({folderBox, textureBox});
-    layout->addWidget(createScrollingColumn(m_selectionPanel, {folderBox, textureBox}), 1);
-    createPreviewBox();
-    layout->addWidget(m_previewBox, 1);
+    auto *fieldsLayout = new QVBoxLayout(fields);
+    fieldsLayout->setContentsMargins(0, 0, 0, 0);
+    fieldsLayout->addWidget(createScrollingColumn(fields, {folderBox, textureBox}));
+    layout->addWidget(fields);
+    layout->addWidget(m_previewBox, 1); // The preview gets what the panel gains.
+    setTabOrder(m_textureSave, m_previewArea);
 }
 
 QGroupBox *MainWindow::createFolderBox()
@@ -333,8 +360,8 @@ void MainWindow::showNoTexture()
     m_textureHeight->setValue(0);
     clearPreview();
     setTextureFieldsReadOnly(true);
-    for (QWidget *widget :
-         QList<QWidget *> {m_textureWidth, m_textureHeight, m_textureUnsaved, m_texturePaletteLabel, m_texturePalette})
+    for (QWidget *widget : QList<QWidget *> {m_textureWidthLabel, m_textureWidth, m_textureHeightLabel, m_textureHeight,
+                                             m_textureUnsaved, m_texturePaletteLabel, m_texturePalette})
         widget->hide();
 }
 
@@ -369,8 +396,7 @@ void MainWindow::showFieldsOfFormat(const QString &format)
 
 void MainWindow::applyDirectoryChanges()
 {
-    const fileTreeDirectory *folder = currentROM.lastSelectedFolder;
-    if (!folder || folder->isRoot)
+    if (!currentROM.lastSelectedFolder)
         return;
     m_folderUnsaved->show();
     fileTreeDirectory *edited = currentROM.editedFolder;

@@ -6,6 +6,7 @@
 #include "widgets/texturepreviewarea.h"
 
 #include <QGroupBox>
+#include <QScrollBar>
 #include <QVBoxLayout>
 
 namespace
@@ -57,6 +58,9 @@ void MainWindow::createPreviewBox()
     m_previewArea->setFrameShape(QFrame::NoFrame);
     m_previewArea->setAcceptDrops(true);
     m_previewArea->setWidget(m_previewLabel);
+    // Without a sheet of their own the scroll bars would have no background either.
+    for (QScrollBar *bar : {m_previewArea->horizontalScrollBar(), m_previewArea->verticalScrollBar()})
+        bar->setStyleSheet(QStringLiteral("background: none"));
 
     m_previewBox = new QGroupBox(tr("Texture Preview"), m_selectionPanel);
     m_previewBox->setObjectName(QStringLiteral("previewBox"));

@@ -13,7 +13,6 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QRegularExpression>
-#include <QSplitter>
 #include <QStatusBar>
 #include <QTextDocument>
 #include <QVBoxLayout>
@@ -44,6 +43,14 @@ QComboBox *createProfileBox(QWidget *parent, const QString &objectName)
     box->setObjectName(objectName);
     box->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     return box;
+}
+
+/// The notice has its room from the start, so that the buttons below it never jump.
+void keepSizeWhenHidden(QWidget *widget)
+{
+    QSizePolicy policy = widget->sizePolicy();
+    policy.setRetainSizeWhenHidden(true);
+    widget->setSizePolicy(policy);
 }
 
 /// \a text for a place that would take what looks like rich text for it, such as a folder's name.
@@ -85,6 +92,10 @@ void MainWindow::createProfilePanel()
     m_profilePanel = new QWidget(this);
     m_profilePanel->setObjectName(QStringLiteral("profilePanel"));
     auto *layout = new QVBoxLayout(m_profilePanel);
+    QMargins margins = layout->contentsMargins(); // Little above and below: the smallest window is as low as it can be.
+    margins.setTop(margins.top() / 2);
+    margins.setBottom(margins.bottom() / 2);
+    layout->setContentsMargins(margins);
     layout->addWidget(createGlobalSettingsBox());
     layout->addWidget(createProfileSettingsBox());
     layout->addStretch();
@@ -127,6 +138,7 @@ QGroupBox *MainWindow::createProfileSettingsBox()
     m_profileBox = createProfileBox(box, QStringLiteral("profile"));
     m_unsavedFileListLabel = new QLabel(tr("There are unsaved changes in the file list."), box);
     m_unsavedFileListLabel->setObjectName(QStringLiteral("unsavedFileList"));
+    keepSizeWhenHidden(m_unsavedFileListLabel);
     m_unsavedFileListLabel->hide();
 
     constexpr int columns = 4;
@@ -240,13 +252,7 @@ void MainWindow::setAutosaveProfile(int enable)
 
 void MainWindow::showUnsavedFileListNotice()
 {
-    if (!m_unsavedFileListLabel->isHidden())
-        return;
     m_unsavedFileListLabel->show();
-    // On a tab that is not in front it would not tell the window that the panel is higher now, and the smallest window would
-    // squeeze the buttons.
-    for (QWidget *outer : QList<QWidget *> {m_unsavedFileListLabel->parentWidget(), m_splitter, m_centralWidget})
-        outer->updateGeometry();
 }
 
 /// The name in the "Profile:" box; the current profile where the box lists none, because its folder cannot be made.
@@ -260,8 +266,7 @@ bool MainWindow::writeFileListOf(const QString &profile)
     const ProfileStore store = profileStore();
     if (store.isSafe(profile))
         return writeFileListTo(store.fileListPath(profile));
-    showBox(this, QMessageBox::Critical, QStringLiteral("createXMLFile"),
-            tr("Couldn't open %1").arg(store.fileListPath(profile)));
+    showUnwritableList(store.fileListPath(profile));
     return false;
 }
 

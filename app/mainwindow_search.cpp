@@ -5,6 +5,7 @@
 #include "base/debuglog.h"
 #include "base/hexnumber.h"
 #include "base/wrapping.h"
+#include "model/bulkadder.h"
 #include "search/findtexturedialog.h"
 #include "search/searchobserver.h"
 #include "search/texturesearch.h"
@@ -94,10 +95,19 @@ public:
         }
     }
 
-    void beforeReplacing(const QVector<fileTreeFile *> &entries) override
+    void beforeReplacing(const QVector<TextureReplacement> &changes) override
     {
-        m_selectionReplaced = entries.contains(currentROM.lastSelectedTexture);
-        m_window->takeTextureRows(m_folder, entries);
+        QVector<fileTreeFile *> leaving;
+        m_newSelection = nullptr;
+        for (const TextureReplacement &change : changes) {
+            if (!change.replaced)
+                continue;
+            leaving.append(change.replaced);
+            if (change.replaced == currentROM.lastSelectedTexture)
+                m_newSelection = change.added;
+        }
+        m_rowIsCurrent = currentROM.selectedType == TextureSelected;
+        m_window->takeTextureRows(m_folder, leaving);
     }
 
     void entriesAdded(const QVector<fileTreeFile *> &entries) override
@@ -105,11 +115,9 @@ public:
         for (fileTreeFile *entry : entries)
             m_window->addTextureToTree(entry);
         m_window->showUnsavedFileListNotice();
-        if (m_selectionReplaced) {
-            m_window->updateActions();
-            m_window->updateTextureInfo();
-        }
-        m_selectionReplaced = false;
+        if (m_newSelection)
+            selectNewEntry();
+        m_newSelection = nullptr;
     }
 
 private:
@@ -121,11 +129,24 @@ private:
         m_sinceEvents.start();
     }
 
+    /// The entry takes the place of the one that was selected, in the tree and in the panel, or in the panel alone.
+    void selectNewEntry()
+    {
+        if (m_rowIsCurrent && m_newSelection->treeItem) {
+            m_window->m_treeWidget->setCurrentItem(m_newSelection->treeItem);
+            return;
+        }
+        currentROM.lastSelectedTexture = m_newSelection;
+        m_window->enableActions();
+        m_window->updateTextureInfo();
+    }
+
     MainWindow *m_window;
     QProgressDialog *m_progress;
     fileTreeDirectory *m_folder;
     QElapsedTimer m_sinceEvents;
-    bool m_selectionReplaced = false;
+    fileTreeFile *m_newSelection = nullptr; ///< What replaces the selected texture; null when it stays.
+    bool m_rowIsCurrent = false; ///< The replaced texture's row was the tree's current one.
 };
 
 void MainWindow::takeTextureRows(fileTreeDirectory *folder, const QVector<fileTreeFile *> &textures)
@@ -190,7 +211,7 @@ bool MainWindow::runFindTexture(QStringList entries, QMap<QString, textureFormat
     TextureSearch search(folder, {formats, firstOnly, duplicateMode}, &view);
     if (search.run(entries))
         sortByCurrentColumn();
-    progress->setValue(progress->maximum());
+    closeProgress(progress);
     return false;
 }
 

@@ -76,7 +76,6 @@ void rememberFolder(QSettings *settings, const QString &folder)
 SizeAnswer askHowToResize(const QSize &picture, const QSize &texture)
 {
     QMessageBox box;
-    box.setIcon(QMessageBox::Question);
     box.addButton(QMessageBox::Abort);
     const QAbstractButton *keep = box.addButton(MainWindow::tr("Keep Aspect Ratio"), QMessageBox::ActionRole);
     const QAbstractButton *ignore = box.addButton(MainWindow::tr("Ignore Aspect Ratio"), QMessageBox::ActionRole);
@@ -244,10 +243,9 @@ void MainWindow::importFolder()
         qDebug() << count;
         const std::unique_ptr<QProgressDialog> progress(createProgressDialog(tr("Importing textures"), QString(), count));
         iterateFolder(chosen, folder, progress.get(), &report);
-        progress->setValue(count);
+        closeProgress(progress.get());
     }
     QMessageBox box;
-    box.setIcon(QMessageBox::Information);
     box.setText(tr("%1 has been imported into %2").arg(chosen, folder ? folder->path() + folder->name : QString()));
     box.setDetailedText(report);
     showTextAsItIs(&box);
@@ -285,6 +283,7 @@ void MainWindow::parseTexturePack(QString archive)
         return;
     // The panel and the actions go on to the pack's folder: what is edited, saved or deleted next is that one.
     currentROM.lastSelectedFolder = added.lastFolder;
+    clearHighlight();
     updateDirectoryInfo();
     enableActions();
     showUnsavedFileListNotice();

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "app/mainwindow.h"
 
-#include "codec/texturemanipulator.h"
+#include "app/texturepicture.h"
 #include "base/hexnumber.h"
 #include "base/wrapping.h"
+#include "codec/texturemanipulator.h"
 #include "widgets/onelinedelegate.h"
 
 #include <QDebug>
@@ -106,6 +107,9 @@ void prepareHeader(QHeaderView *header, const QString &fontFamily)
     header->setSortIndicatorShown(true);
 }
 
+/// Initial widths, in pixels.
+constexpr int columnWidths[ColumnCount] = {296, 96, 96, 96, 96, 96, 64, 64, 64, 96};
+
 /// No node has a row in a tree that has just been made.
 void forgetAllRows()
 {
@@ -138,9 +142,8 @@ void MainWindow::createTreeView()
     font.setFamily(QStringLiteral("Courier"));
     font.setStyleHint(QFont::Monospace); // Where there is no Courier, the digits still stand below each other.
     m_treeWidget->setFont(font);
-    const int widths[ColumnCount] = {296, 96, 96, 96, 96, 96, 64, 64, 64, 96};
     for (int column = 0; column < ColumnCount; ++column)
-        m_treeWidget->setColumnWidth(column, widths[column]);
+        m_treeWidget->setColumnWidth(column, columnWidths[column]);
     m_treeWidget->setUniformRowHeights(true);
     prepareHeader(m_treeWidget->header(), this->font().family());
     m_treeWidget->setContextMenuPolicy(Qt::CustomContextMenu);
@@ -152,6 +155,19 @@ void MainWindow::createTreeView()
     connect(m_treeWidget, &QTreeWidget::itemActivated, this, &MainWindow::openTextureTab);
     connect(m_treeWidget->header(), &QHeaderView::sectionClicked, this, &MainWindow::sortTreeView);
     connect(m_treeWidget, &QTreeWidget::itemExpanded, this, &MainWindow::expandTreeDirectory);
+}
+
+void MainWindow::fitColumnsToFont()
+{
+    const QFontMetrics metrics(m_treeWidget->font());
+    const int margins = 2 * (style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, m_treeWidget) + 1);
+    for (int column = OffsetColumn; column < ColumnCount; ++column) {
+        const bool isText = column == FormatColumn || column == WidthColumn || column == HeightColumn;
+        const QString longest = isText ? QStringLiteral("100000") : QStringLiteral("0x00000000");
+        const int needed = metrics.horizontalAdvance(longest) + margins;
+        if (m_treeWidget->columnWidth(column) == columnWidths[column] && needed > columnWidths[column])
+            m_treeWidget->setColumnWidth(column, needed);
+    }
 }
 
 /// Hangs \a row, which may be filled already, below \a parentRow, whose icon then shows that the folder has contents.
@@ -244,7 +260,8 @@ QIcon MainWindow::iconOf(const fileTreeFile &texture) const
 {
     constexpr int side = 16;
     const textureFormat *format = textureFormats::find(texture.format);
-    if (!format)
+    // A picture that the preview does not show is not decoded for an icon either: it would take long and much memory.
+    if (!format || qint64(texture.width) * texture.height > TexturePicture::maximumPixels)
         return m_fileIcon;
     const QImage image = textureManipulator::generateTexture(texture.data(), *format, texture.width, texture.palette());
     if (image.isNull())
@@ -298,6 +315,12 @@ void MainWindow::sortTreeView(int index)
 void MainWindow::sortByCurrentColumn()
 {
     m_treeWidget->sortByColumn(m_treeWidget->sortColumn(), m_treeWidget->header()->sortIndicatorOrder());
+}
+
+void MainWindow::clearHighlight()
+{
+    const QSignalBlocker quiet(m_treeWidget);
+    m_treeWidget->selectionModel()->clear();
 }
 
 void MainWindow::selectFileTableItem()
@@ -379,29 +402,35 @@ void MainWindow::deleteItem()
         != QMessageBox::Yes)
         return;
     // Taking the current row out moves the selection on, and with it the pointers of currentROM, before destroy() returns.
+    fileTreeDirectory *folder = currentROM.lastSelectedFolder;
+    fileTreeFile *texture = currentROM.lastSelectedTexture;
     if (currentROM.selectedType == FolderSelected) {
-        fileTreeDirectory *folder = currentROM.lastSelectedFolder;
-        if (!folder || folder->isRoot)
+        if (folder && folder->isRoot)
             return;
-        QTreeWidgetItem *row = folder->treeItem;
-        folder->destroy();
-        keepRemovedRow(row);
-        if (currentROM.lastSelectedTexture && isInside(currentROM.lastSelectedTexture->parent, folder))
-            currentROM.lastSelectedTexture = nullptr;
-    } else {
-        fileTreeFile *texture = currentROM.lastSelectedTexture;
-        if (!texture)
-            return;
+        deleteFolder(folder);
+    } else if (texture) {
         QTreeWidgetItem *row = texture->treeItem;
         texture->destroy();
         keepRemovedRow(row);
     }
-    // The selection moved on while the node was still listed; the actions look again now that it is not.
-    if (!m_treeWidget->selectedItems().isEmpty())
-        updateActions();
+    enableActions(); // Some depend on the texture, which may be gone from the panel only now.
     updateDirectoryInfo();
     updateTextureInfo();
     showUnsavedFileListNotice();
+}
+
+/// Deletes \a folder, which may be null, and forgets the texture that the panel shows when it lies inside.
+void MainWindow::deleteFolder(fileTreeDirectory *folder)
+{
+    if (!folder)
+        return;
+    QTreeWidgetItem *row = folder->treeItem;
+    folder->destroy();
+    keepRemovedRow(row);
+    if (currentROM.lastSelectedTexture && isInside(currentROM.lastSelectedTexture->parent, folder))
+        currentROM.lastSelectedTexture = nullptr;
+    if (!currentROM.lastSelectedFolder) // It had no row, as those of a texture pack.
+        currentROM.selectedType = NothingSelected;
 }
 
 /// Takes charge of \a row after it left the tree. It stays valid until the next one comes, since handlers of the selection change

@@ -5,8 +5,12 @@
 #include "persist/savefile.h"
 
 #include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QMessageBox>
 #include <QPixmap>
+#include <QSettings>
 #include <QTimer>
 #include <QTreeWidget>
 
@@ -41,6 +45,15 @@ void selectFirstTexture()
         return;
     }
 }
+}
+
+SettingsCopy::SettingsCopy()
+{
+    const QString original = QSettings().fileName();
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, m_folder.path());
+    const QString copy = QSettings().fileName();
+    QDir().mkpath(QFileInfo(copy).path());
+    QFile::copy(original, copy);
 }
 
 bool takeScreenshot(MainWindow *window, const QString &image, const QString &path)

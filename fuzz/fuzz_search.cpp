@@ -7,6 +7,7 @@
 #include "tablecheck.h"
 
 #include "codec/texturemanipulator.h"
+#include "model/bulkadder.h"
 #include "search/patternsearch.h"
 #include "search/searchobserver.h"
 #include "search/texturesearch.h"
@@ -136,10 +137,12 @@ public:
     {
         events << (outcome == Outcome::Overwrote ? "overwrote" : outcome == Outcome::Added ? "added" : "ignored");
     }
-    void beforeReplacing(const QVector<fileTreeFile *> &entries) override
+    void beforeReplacing(const QVector<TextureReplacement> &changes) override
     {
-        for (fileTreeFile *entry : entries)
-            gone.emplace_back(entry);
+        for (const TextureReplacement &change : changes) {
+            if (change.replaced)
+                gone.emplace_back(change.replaced);
+        }
     }
 
     QStringList events;

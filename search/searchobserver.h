@@ -7,6 +7,7 @@
 #include <QVector>
 
 class fileTreeFile;
+struct TextureReplacement;
 
 /// Callbacks of a search, in this order for each picture: it begins; it cannot be read, or each copy found; the outcome of each
 /// copy; the progress value.
@@ -24,8 +25,8 @@ public:
     /// A copy of the picture in \a format lies at \a position of the range.
     virtual void foundCopy(const QString & /*format*/, int /*position*/) { }
 
-    /// \a entries are about to be replaced by equal ones: the last moment to remove what shows them.
-    virtual void beforeReplacing(const QVector<fileTreeFile *> & /*entries*/) { }
+    /// \a changes are about to be made, and at least one replaces an entry: the last moment to remove what shows it.
+    virtual void beforeReplacing(const QVector<TextureReplacement> & /*changes*/) { }
     /// \a entries have been appended to their folder, in this order.
     virtual void entriesAdded(const QVector<fileTreeFile *> & /*entries*/) { }
     enum class Outcome { Overwrote, Added, Ignored };

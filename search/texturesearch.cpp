@@ -63,8 +63,6 @@ bool TextureSearch::searchFor(const QStringList &files, int place)
     const QString &file = files.at(place);
     if (m_nextPicture == m_pictures.size())
         loadBatch(files, place);
-    if (m_nextPicture == m_pictures.size())
-        return false; // Cancelled while loading.
     const Picture picture = m_pictures.at(m_nextPicture++);
     if (!picture.isReadable) {
         m_observer->cannotReadPicture(file);
@@ -84,17 +82,19 @@ void TextureSearch::loadBatch(const QStringList &files, int first)
     PatternBatch batch;
     for (int i = first; i < files.size(); ++i) {
         if (batch.bytes() + m_pictures.size() * bytesPerPicture > mostPatternBytes(m_range.size)
-            || !addToBatch(files.at(i), &batch))
+            || !addToBatch(files.at(i), i == first, &batch))
             break;
     }
     m_patternSearch->setPatterns(batch.patterns(), m_options.firstOnly);
 }
 
-/// Loads the picture in \a file and encodes it in every format. Returns false after a cancellation.
-bool TextureSearch::addToBatch(const QString &file, PatternBatch *batch)
+/// Loads the picture in \a file and encodes it in every format. Returns false when the user has cancelled. A picture that
+/// \a isNext is loaded all the same: one that cannot be read is reported before anything else.
+bool TextureSearch::addToBatch(const QString &file, bool isNext, PatternBatch *batch)
 {
-    const QImage image = loadPicture(file, [this] { return !m_steps->add(WorkSteps::bytesPerStep); });
-    if (m_steps->isCancelled())
+    const QImage image = loadPicture(file, [this, isNext] { return !m_steps->add(WorkSteps::bytesPerStep) && !isNext; });
+    const bool cancelled = m_steps->isCancelled();
+    if (cancelled && !isNext)
         return false;
     Picture picture;
     picture.isReadable = !image.isNull();
@@ -105,12 +105,12 @@ bool TextureSearch::addToBatch(const QString &file, PatternBatch *batch)
     for (const textureFormat &format : qAsConst(m_options.formats))
         bytesPerPixel += format.bytesPerPixel;
     picture.isLarge = double(picture.width) * picture.height * bytesPerPixel > double(mostPatternBytes(m_range.size));
-    if (picture.isReadable && !picture.isLarge) {
+    if (picture.isReadable && !picture.isLarge && !cancelled) {
         for (const textureFormat &format : qAsConst(m_options.formats))
             picture.patterns.append(batch->add(encoded(image, format)));
     }
     m_pictures.append(picture);
-    return true;
+    return !cancelled;
 }
 
 /// The bytes to search for; empty if the format cannot be encoded or the bytes do not fit in the range.
@@ -194,7 +194,7 @@ void TextureSearch::storeHits(const QVector<Hit> &hits, const QString &name, con
     const QStringList formats = m_options.formats.keys();
     QVector<TextureReplacement> changes;
     QVector<fileTreeFile *> added;
-    QVector<fileTreeFile *> replaced;
+    bool replaces = false;
     for (const Hit &hit : hits) {
         auto *entry = new fileTreeFile;
         entry->name = name;
@@ -207,12 +207,11 @@ void TextureSearch::storeHits(const QVector<Hit> &hits, const QString &name, con
             m_entries->add(entry);
         changes.append(TextureReplacement {entry, old});
         added.append(entry);
-        if (old)
-            replaced.append(old);
+        replaces = replaces || old;
         m_observer->copyHandled(old ? SearchObserver::Outcome::Overwrote : SearchObserver::Outcome::Added);
     }
-    if (!replaced.isEmpty())
-        m_observer->beforeReplacing(replaced);
+    if (replaces)
+        m_observer->beforeReplacing(changes);
     BulkAdder(m_folder).replaceFiles(changes);
     m_observer->entriesAdded(added);
 }

@@ -31,22 +31,22 @@ qint64 mostPatternBytes(qint64 rangeSize);
 /// The bytes of the loaded image in the region of \a folder, cut at both ends of the image.
 ByteRange rangeOfFolder(const fileTreeDirectory &folder);
 
-/// Searches the region of a folder for the encoded bytes of pictures, at any alignment, and adds entries for the copies, named after
-/// the picture file.
+/// Searches the region of a folder for the encoded bytes of pictures, at any alignment, and adds entries for the copies, named
+/// after the picture file.
 ///
-/// The results, their order and the callbacks are those of a search that loads one picture after the other, encodes it in each format
-/// and searches from the front, each time from the end of the previous copy. Internally pictures are searched for in batches, because
-/// a search for many patterns costs little more than a search for one.
+/// The results, their order and the callbacks are those of a search that loads one picture after the other, encodes it in each
+/// format and searches from the front, each time from the end of the previous copy. Internally pictures are searched for in
+/// batches, because a search for many patterns costs little more than a search for one.
 class TextureSearch
 {
 public:
-    /// Borrows \a folder and \a observer. During its lifetime the loaded image must not change, and the folder's entries only through
-    /// the search.
+    /// Borrows \a folder and \a observer. During its lifetime the loaded image must not change, and the folder's entries only
+    /// through the search.
     TextureSearch(fileTreeDirectory *folder, const TextureSearchOptions &options, SearchObserver *observer);
     ~TextureSearch();
 
-    /// Searches for the pictures in \a files. Returns whether any copy was found. A cancellation ends it early; copies of the current
-    /// picture found so far are still added.
+    /// Searches for the pictures in \a files. Returns whether any copy was found. A cancellation ends it early; copies of the
+    /// current picture found so far are still added.
     bool run(const QStringList &files);
     /// Searches for one picture, without beginPicture() and setValue().
     bool runOne(const QString &file);
@@ -68,7 +68,7 @@ private:
 
     bool searchFor(const QStringList &files, int place);
     void loadBatch(const QStringList &files, int first);
-    bool addToBatch(const QString &file, PatternBatch *batch);
+    bool addToBatch(const QString &file, bool isNext, PatternBatch *batch);
     QByteArray encoded(const QImage &image, const textureFormat &format) const;
 
     QVector<Hit> collectHits(const Picture &picture);

@@ -27,7 +27,9 @@ bool fitsSelectedTexture(const QString &suffix)
 
 QSize TexturePreviewArea::sizeHint() const
 {
-    return QSize(240, 240);
+    // Characters of a line of the widest message; the pictures of most textures are smaller.
+    constexpr int messageCharacters = 40;
+    return QSize(messageCharacters * fontMetrics().averageCharWidth(), 240);
 }
 
 QSize TexturePreviewArea::minimumSizeHint() const

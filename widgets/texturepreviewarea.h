@@ -11,7 +11,7 @@ class TexturePreviewArea : public QScrollArea
 public:
     using QScrollArea::QScrollArea;
 
-    /// Room for the common texture sizes; what is shown at the moment does not count, lest the window moved with every texture.
+    /// Room for the messages and for most textures. What is shown at the moment does not count: the window keeps its layout.
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
 

@@ -233,6 +233,30 @@ private slots:
         QCOMPARE(currentROM.romID, QString("ABCD255"));
     }
 
+    /// Already the line that tells the byte order finds the image in its place.
+    void imageIsInPlaceBeforeItsOrderIsKnown()
+    {
+        static QByteArray data;
+        static QString name;
+        static bool loaded;
+        data.clear();
+        MainWindow window;
+        const QByteArray file = withReversedUnits(cartridgeImage(400), 2);
+        const QtMessageHandler before = qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &text) {
+            if (text != "This is a v64 ROM.")
+                return;
+            data = QByteArray(currentROM.data.constData(), currentROM.data.size());
+            name = currentROM.baseName;
+            loaded = currentROM.loaded;
+        });
+        window.loadFile(writtenFile("game.one.v64", file));
+        qInstallMessageHandler(before);
+        QCOMPARE(data, file);
+        QCOMPARE(name, QString("game.one"));
+        QVERIFY(loaded);
+        QCOMPARE(currentROM.data, cartridgeImage(400));
+    }
+
     void dialogPathIsOnlySetWhenMissing()
     {
         QSettings().setValue("fileDialogPath", "/elsewhere/");
@@ -291,8 +315,11 @@ private slots:
             QCOMPARE(dialog->windowModality(), Qt::WindowModal);
             QVERIFY(!(dialog->windowFlags() & Qt::WindowContextHelpButtonHint));
             QCOMPARE(QGuiApplication::overrideCursor()->shape(), Qt::WaitCursor);
-            // Nothing of the image has changed yet.
-            QVERIFY(!currentROM.loaded);
+            // The image is there, and is converted in place.
+            QVERIFY(currentROM.loaded);
+            QCOMPARE(currentROM.baseName, QStringLiteral("a"));
+            QCOMPARE(currentROM.data.size(), 1000);
+            QCOMPARE(currentROM.romID, QString());
             // It cannot be cancelled, whatever the user presses.
             QTest::keyClick(dialog, Qt::Key_Escape);
             QVERIFY(dialog->isVisible());
@@ -512,6 +539,29 @@ private slots:
         QCOMPARE(QSettings().value("recentFileList").toStringList(), QStringList({target, name}));
         // The file list is none of its business.
         QVERIFY(!QFile::exists(profilesFolder() + "NQLE0/default/fileList.xml"));
+    }
+
+    /// Nothing is loaded: an empty file may be made, but no file that has contents is lost.
+    void savingWithoutAnImage()
+    {
+        const QString full = writtenFile("full.z64", "contents");
+        const QString empty = writtenFile("empty.z64", QByteArray());
+        MainWindow window;
+        {
+            const MessageCapture log;
+            QVERIFY(!window.saveFile(full));
+            QCOMPARE(log.texts(), QStringList());
+        }
+        QCOMPARE(contentOf(full), QByteArray("contents"));
+        QVERIFY(!QSettings().contains("romPath"));
+        for (const QString &name : {empty, path("new.z64")}) {
+            const MessageCapture log;
+            QVERIFY(window.saveFile(name));
+            QCOMPARE(log.textsOf("bool MainWindow::saveFile(const QString&)"), QStringList("\"0\""));
+            QCOMPARE(contentOf(name), QByteArray());
+            QCOMPARE(window.statusBar()->currentMessage(), QString("File saved"));
+            QCOMPARE(QSettings().value("romPath").toString(), name);
+        }
     }
 
     void savingOverTheLoadedFile()

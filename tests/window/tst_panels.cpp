@@ -6,9 +6,12 @@
 #include <QGroupBox>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QSettings>
 #include <QSpinBox>
 #include <QStatusBar>
+#include <QTabWidget>
+#include <QWheelEvent>
 
 namespace
 {
@@ -114,7 +117,81 @@ private slots:
     void rootIsNotSaved();
     void savingSorts();
     void savingAFormatChangesTheActions();
+    void firstScrollAreaIsThePreview();
+    void wheelNeedsTheFocus();
+    void buttonsStayWhenTheLabelsAppear_data();
+    void buttonsStayWhenTheLabelsAppear();
 };
+
+void TestPanels::firstScrollAreaIsThePreview()
+{
+    PanelWindow window;
+    QWidget *tab = window.find<QTabWidget>("tabWidget")->widget(0);
+    QCOMPARE(tab->findChild<QScrollArea *>()->objectName(), QStringLiteral("previewArea"));
+    QCOMPARE(tab->findChildren<QScrollArea *>().first()->objectName(), QStringLiteral("previewArea"));
+    QCOMPARE(window->findChild<QScrollArea *>()->objectName(), QStringLiteral("previewArea"));
+}
+
+/// A user who scrolls the column with the wheel does not change what is under the pointer.
+void TestPanels::wheelNeedsTheFocus()
+{
+    PanelWindow window;
+    window.show();
+    window->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(window.get()));
+    window.select(window.sky);
+    for (const char *name : {"textureWidth", "textureHeight"}) {
+        auto *field = window.find<QSpinBox>(name);
+        const int value = field->value();
+        const auto turn = [field] {
+            const QPointF centre = field->rect().center();
+            QWheelEvent event(centre, field->mapToGlobal(field->rect().center()), QPoint(), QPoint(0, 120), Qt::NoButton,
+                              Qt::NoModifier, Qt::NoScrollPhase, false);
+            QApplication::sendEvent(field, &event);
+        };
+        window.tree()->setFocus();
+        turn();
+        QCOMPARE(field->value(), value);
+        QVERIFY(!field->hasFocus());
+        QVERIFY(window.isHidden("textureUnsaved"));
+        field->setFocus();
+        turn();
+        QCOMPARE(field->value(), value + 1);
+        window->updateTextureInfo();
+    }
+}
+
+void TestPanels::buttonsStayWhenTheLabelsAppear_data()
+{
+    QTest::addColumn<QString>("label");
+    QTest::addColumn<QString>("button");
+    QTest::addColumn<int>("tab");
+    QTest::newRow("folder") << "folderUnsaved"
+                            << "folderSave" << 0;
+    QTest::newRow("texture") << "textureUnsaved"
+                             << "textureSave" << 0;
+    QTest::newRow("profile") << "unsavedFileList"
+                             << "saveProfile" << 1;
+}
+
+void TestPanels::buttonsStayWhenTheLabelsAppear()
+{
+    QFETCH(const QString, label);
+    QFETCH(const QString, button);
+    QFETCH(const int, tab);
+    PanelWindow window;
+    window.show();
+    auto *tabs = window.find<QTabWidget>("tabWidget");
+    tabs->setTabEnabled(tab, true);
+    tabs->setCurrentIndex(tab);
+    window.select(window.sky);
+    QCoreApplication::processEvents();
+    const auto *widget = window->findChild<QPushButton *>(button);
+    const QPoint before = widget->mapTo(window.get(), QPoint());
+    window->findChild<QLabel *>(label)->show();
+    QCoreApplication::processEvents();
+    QCOMPARE(widget->mapTo(window.get(), QPoint()), before);
+}
 
 void TestPanels::layout_data()
 {
@@ -369,6 +446,7 @@ void TestPanels::showsNoTexture()
     for (const char *name : {"textureWidth", "textureHeight"}) {
         QCOMPARE(window.find<QSpinBox>(name)->value(), 1);
         QVERIFY(window.isHidden(name));
+        QVERIFY(window.captionOf(name)->isHidden());
     }
     QVERIFY(window.isHidden("textureUnsaved"));
     QVERIFY(window.isHidden("texturePalette"));
@@ -762,11 +840,16 @@ void TestPanels::rootIsNotSaved()
     PanelWindow window;
     window.select(currentROM.root);
     window.type("folderOffset", "5"); // read-only
-    window->applyDirectoryChanges();
     QVERIFY(window.isHidden("folderUnsaved"));
+    // Reached from the program alone, it works on the root's copy too; nothing of that can be saved.
+    window.field("folderName")->setText("Base");
+    window->applyDirectoryChanges();
+    QVERIFY(!window.isHidden("folderUnsaved"));
+    QCOMPARE(currentROM.editedFolder->name, QStringLiteral("Base"));
     currentROM.editedFolder->address = 5;
     window->saveDirectoryInfo();
     QCOMPARE(currentROM.root->address, 0);
+    QCOMPARE(currentROM.root->name, QStringLiteral("Root"));
     QVERIFY(!window.noticeIsShown());
 }
 

@@ -9,6 +9,7 @@
 #include <QGroupBox>
 #include <QLineEdit>
 #include <QMimeData>
+#include <QScrollBar>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QSpinBox>
@@ -98,7 +99,30 @@ private slots:
     void refusedDragIsNotTakenByTheWindow_data();
     void refusedDragIsNotTakenByTheWindow();
     void dropReplacesTheTexture();
+    void scrollBarsLookLikeOthers();
 };
+
+/// The sheets of the area and of the label are not theirs.
+void TestPreview::scrollBarsLookLikeOthers()
+{
+    PreviewWindow window;
+    window.show();
+    window.showTexture("i8", 0, 4096, 2);
+    QScrollBar *bar = window.area()->horizontalScrollBar();
+    QTRY_VERIFY(bar->isVisible());
+    QScrollBar other(Qt::Horizontal);
+    other.setRange(bar->minimum(), bar->maximum());
+    other.setPageStep(bar->pageStep());
+    other.setValue(bar->value());
+    other.resize(bar->size());
+    const auto look = [](QScrollBar *shown) {
+        QImage image(shown->size(), QImage::Format_RGB32);
+        image.fill(Qt::green);
+        shown->render(&image);
+        return image;
+    };
+    QCOMPARE(look(bar), look(&other));
+}
 
 void TestPreview::widgets()
 {
@@ -425,9 +449,12 @@ void TestPreview::refusedDragIsNotTakenByTheWindow_data()
 {
     QTest::addColumn<QString>("format");
     QTest::addColumn<QString>("file");
-    QTest::newRow("picture of another kind") << "jpeg" << "picture.png";
-    QTest::newRow("texture of an unknown format") << "tim" << "picture.png";
-    QTest::newRow("cartridge image") << "i8" << "game.z64";
+    QTest::newRow("picture of another kind") << "jpeg"
+                                             << "picture.png";
+    QTest::newRow("texture of an unknown format") << "tim"
+                                                  << "picture.png";
+    QTest::newRow("cartridge image") << "i8"
+                                     << "game.z64";
     QTest::newRow("no texture selected") << QString() << "picture.png";
 }
 

@@ -93,6 +93,22 @@ QMap<QString, textureFormat> formatsNamed(const QStringList &names)
 }
 }
 
+/// Counts how often a progress dialog comes up.
+class ShownDialogs : public QObject
+{
+public:
+    ShownDialogs() { qApp->installEventFilter(this); }
+
+    int count = 0;
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        count += event->type() == QEvent::Show && qobject_cast<QProgressDialog *>(watched);
+        return false;
+    }
+};
+
 class SearchWindowTest : public QObject
 {
     Q_OBJECT
@@ -129,11 +145,15 @@ private slots:
     void addsRowsAndEntries();
     void rowsAreFilledBelowAnExpandedFolder();
     void overwritesTheSelectedTexture();
+    void overwritesTheShownTexture();
     void overwrittenRowsLeaveTheTree();
     void modeTwoOnlyReports();
     void reSortsWhenFound();
     void endsAtTheFirstCopy();
     void warnsOfAnUnreadablePicture();
+    void warnsThoughCancelled();
+    void progressShowsOnce_data();
+    void progressShowsOnce();
     void showsItsProgress();
     void progressDialogsDoNotPileUp();
     void cancelledByButton();
@@ -705,11 +725,34 @@ void SearchWindowTest::overwritesTheSelectedTexture()
     QVERIFY(log.texts().contains("Overwrote old texture"));
     QCOMPARE(currentROM.root->files.size(), 2);
     QVERIFY(currentROM.root->files.first() != old);
-    QVERIFY(!currentROM.lastSelectedTexture);
+    // The entry in its place is the current one.
+    const fileTreeFile *entry = currentROM.root->files.first();
+    QCOMPARE(entry->name, QStringLiteral("a"));
+    QCOMPARE(currentROM.lastSelectedTexture, entry);
     QVERIFY(!old->treeItem);
-    QCOMPARE(tree()->currentItem(), currentROM.root->treeItem);
+    QCOMPARE(tree()->currentItem(), entry->treeItem);
+    QCOMPARE(tree()->selectedItems(), QList<QTreeWidgetItem *> {entry->treeItem});
     QCOMPARE(currentROM.lastSelectedFolder, currentROM.root); // The second picture was searched for in the same folder.
-    QCOMPARE(child<QLineEdit>(*m_window, "textureName")->text(), QString());
+    QCOMPARE(child<QLineEdit>(*m_window, "textureName")->text(), QStringLiteral("a"));
+}
+
+/// With the folder as the current row, the new entry takes the old one's place in the texture panel alone.
+void SearchWindowTest::overwritesTheShownTexture()
+{
+    const QImage picture = noisePicture(8, 1);
+    QByteArray image = cartridgeImage(0x4000);
+    image.replace(0x1000, 64, encode(picture, "i8"));
+    openImage(image);
+    currentROM.root->treeItem->setExpanded(true);
+    const QString file = picturePath("a.png", picture);
+    run({file}, {"i8"}, true, 0);
+    select(currentROM.root->files.first()->treeItem);
+    select(currentROM.root->treeItem);
+    run({file}, {"i8"}, true, 0);
+    QCOMPARE(currentROM.root->files.size(), 1);
+    QCOMPARE(currentROM.lastSelectedTexture, currentROM.root->files.first());
+    QCOMPARE(tree()->currentItem(), currentROM.root->treeItem);
+    QCOMPARE(child<QLineEdit>(*m_window, "textureName")->text(), QStringLiteral("a"));
 }
 
 void SearchWindowTest::overwrittenRowsLeaveTheTree()
@@ -807,6 +850,46 @@ void SearchWindowTest::warnsOfAnUnreadablePicture()
     QCOMPARE(box.icon, QMessageBox::Warning);
     QCOMPARE(box.buttons, QStringList {"OK"});
     QCOMPARE(currentROM.root->files.size(), 1);
+}
+
+/// Loading comes before the first look at whether the user has cancelled.
+void SearchWindowTest::warnsThoughCancelled()
+{
+    openImage(cartridgeImage(0x4000));
+    const QString broken = m_folder->filePath("broken.png");
+    QVERIFY(writeBytes(broken, "no picture"));
+    QProgressDialog cancelled("Searching", "Cancel", 0, 2, m_window.get());
+    cancelled.cancel();
+    BoxAnswer box("OK");
+    QVERIFY(!m_window->findTexture(broken, &cancelled, formatsNamed({"i8"}), true, 0));
+    QVERIFY(box.answered());
+    QCOMPARE(box.text, QStringLiteral("Cannot read file ") + broken + '.');
+}
+
+/// Neither at its end nor after Cancel does the dialog come up a second time.
+void SearchWindowTest::progressShowsOnce_data()
+{
+    QTest::addColumn<bool>("cancel");
+    QTest::newRow("to the end") << false;
+    QTest::newRow("cancelled") << true;
+}
+
+void SearchWindowTest::progressShowsOnce()
+{
+    QFETCH(const bool, cancel);
+    openImage(cartridgeImage(0x4000));
+    const QString broken = m_folder->filePath("broken.png");
+    QVERIFY(writeBytes(broken, "no picture"));
+    ShownDialogs shown;
+    DialogAnswer<QMessageBox> box([&](QMessageBox *said) {
+        progress()->setMinimumDuration(0); // As if the search had taken long.
+        if (cancel)
+            progress()->cancel();
+        said->accept();
+    });
+    run({broken, picturePath("a.png", noisePicture(4, 1))}, {"i8"}, true, 0);
+    QVERIFY(box.answered());
+    QCOMPARE(shown.count, 1);
 }
 
 void SearchWindowTest::showsItsProgress()

@@ -13,6 +13,7 @@
 #include <QProgressDialog>
 #include <QPushButton>
 #include <QSettings>
+#include <QSignalSpy>
 #include <QStatusBar>
 #include <QTemporaryDir>
 #include <QTest>
@@ -90,6 +91,7 @@ private slots:
     void texturePackAddsFoldersAndPictures();
     void texturePackShowsItsFolderInThePanel();
     void clearedTableLeavesNothingOfThePack();
+    void texturePackTakesTheHighlight();
     void texturePackCancelled();
     void texturePackWithoutFoldersChangesNothing();
 
@@ -344,6 +346,7 @@ void TransferTest::sizeQuestionTexts()
                  QStringLiteral("The provided image is 64x48 while the texture is 32x16.\r\n"
                                 "The image must be resized before it can be imported."));
         QCOMPARE(box->informativeText(), QStringLiteral("What do you want to do?"));
+        QCOMPARE(box->icon(), QMessageBox::NoIcon);
         hasParent = box->parent();
         for (const char *name : {"Abort", "Keep Aspect Ratio", "Ignore Aspect Ratio"}) {
             const QList<QAbstractButton *> buttons = box->buttons();
@@ -709,6 +712,7 @@ void TransferTest::importFolderReportsWhatItLeftOut()
     QVERIFY(dialog.answered());
     QVERIFY(end.answered());
     QCOMPARE(end.text, path() + " has been imported into Root");
+    QCOMPARE(end.icon, QMessageBox::NoIcon);
     QCOMPARE(end.detailedText, path("notes.txt") + " was not imported. File format not supported.\n");
     QVERIFY(!m_window->isWindowModified());
 }
@@ -840,6 +844,28 @@ void TransferTest::clearedTableLeavesNothingOfThePack()
     QCOMPARE(m_window->findChild<QLineEdit *>("folderPath")->text(), QString());
     QVERIFY(!m_window->findChild<QPushButton *>("folderSave")->isEnabled());
     QVERIFY(!m_window->findChild<QAction *>("newTextureAction")->isEnabled());
+}
+
+/// No row is highlighted after a pack, so that a click on any row selects it.
+void TransferTest::texturePackTakesTheHighlight()
+{
+    savedPicture("pack/A_00001000_Grass/00000010_rgba32_a.png", plainPicture(1, 1, qRgba(1, 2, 3, 4)));
+    auto *tree = m_window->findChild<QTreeWidget *>("fileTree");
+    select(currentROM.root->treeItem);
+    m_window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+    const QSignalSpy changes(tree, &QTreeWidget::itemSelectionChanged);
+    m_window->parseTexturePack(path("pack"));
+    QVERIFY(tree->selectedItems().isEmpty());
+    QVERIFY(!tree->currentItem());
+    QCOMPARE(changes.count(), 0);
+    QCOMPARE(currentROM.lastSelectedFolder, currentROM.root->directories.first());
+
+    QTest::mouseClick(tree->viewport(), Qt::LeftButton, {}, QPoint(40, 12));
+    QCOMPARE(changes.count(), 1);
+    QCOMPARE(currentROM.lastSelectedFolder, currentROM.root);
+    m_window->addTexture();
+    QCOMPARE(currentROM.root->files.size(), 1);
 }
 
 void TransferTest::texturePackCancelled()

@@ -148,7 +148,59 @@ private slots:
     void deepTable();
     void deepestRows();
     void manyRows();
+    void largePicturesHaveThePlainIcon();
+    void deletionLogsTheTypeOnce();
+    void columnsAreAsWideAsTheFontNeeds();
 };
+
+/// Such an entry is not even decoded: 11000 x 11000 pixels would take half a second at every look.
+void TestTree::largePicturesHaveThePlainIcon()
+{
+    TableWindow window(QByteArray(1025 * 1024, 'x'));
+    window.tree()->expandItem(window.rootRow());
+    const fileTreeFile *largest = window.addTexture(currentROM.root, "Largest", 0, "i8", 1024, 1024);
+    const fileTreeFile *tooLarge = window.addTexture(currentROM.root, "Too large", 0, "i8", 1025, 1024);
+    QVERIFY(!showsIcon(largest->treeItem, ":/icons/file"));
+    QVERIFY(showsIcon(tooLarge->treeItem, ":/icons/file"));
+}
+
+void TestTree::deletionLogsTheTypeOnce()
+{
+    TableWindow window;
+    fileTreeDirectory *folder = window.addFolder(currentROM.root, "Folder", 0);
+    window.select(window.addTexture(folder, "Sky", 0));
+    BoxAnswer yes("Yes");
+    const MessageCapture log;
+    window->deleteItem();
+    QVERIFY(yes.answered());
+    QCOMPARE(log.textsOf("void MainWindow::updateActions()"), QStringList {"1"});
+}
+
+void TestTree::columnsAreAsWideAsTheFontNeeds()
+{
+    const QFont before = QApplication::font();
+    for (const int points : {9, 12, 20}) {
+        QFont font = before;
+        font.setPointSize(points);
+        QApplication::setFont(font);
+        TableWindow window;
+        QCOMPARE(window.tree()->columnWidth(1), 96);
+        window.show();
+        const QFontMetrics metrics(window.tree()->font());
+        for (const int column : {1, 2, 3, 4, 5, 9})
+            QVERIFY(window.tree()->columnWidth(column) >= metrics.horizontalAdvance("0x00000000") + 6);
+        for (const int column : {6, 7, 8})
+            QVERIFY(window.tree()->columnWidth(column) >= metrics.horizontalAdvance("100000") + 6);
+        if (points == 9)
+            QCOMPARE(window.tree()->columnWidth(1), 96);
+        // What the user has chosen stays.
+        window.tree()->setColumnWidth(1, 90);
+        window->hide();
+        window->show();
+        QCOMPARE(window.tree()->columnWidth(1), 90);
+    }
+    QApplication::setFont(before);
+}
 
 void TestTree::columns()
 {
@@ -667,13 +719,15 @@ void TestTree::deleteNothing()
 {
     TableWindow window;
     window.addTexture(currentROM.root, "Sky", 0);
+    window.find<QLineEdit>("textureName")->setText("stale");
     BoxAnswer yes("Yes");
     window->deleteItem();
     QVERIFY(yes.answered());
-    QVERIFY(yes.answered());
     QCOMPARE(yes.text, QStringLiteral("Are you sure that you want to delete the selected none?"));
     QCOMPARE(currentROM.root->files.size(), 1);
-    QVERIFY(!window.noticeIsShown());
+    // The panels are brought up to date, and the notice shows.
+    QCOMPARE(window.find<QLineEdit>("textureName")->text(), QString());
+    QVERIFY(window.noticeIsShown());
 }
 
 void TestTree::rootStays()

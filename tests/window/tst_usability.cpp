@@ -22,6 +22,7 @@
 #include <QSettings>
 #include <QSpinBox>
 #include <QStatusBar>
+#include <QStatusTipEvent>
 #include <QTabBar>
 #include <QTabWidget>
 #include <QTemporaryDir>
@@ -165,6 +166,18 @@ protected:
 };
 }
 
+/// Gives the application another font for a scope.
+class FontForAll
+{
+public:
+    explicit FontForAll(const QFont &font) : m_before(QApplication::font()) { QApplication::setFont(font); }
+    ~FontForAll() { QApplication::setFont(m_before); }
+    Q_DISABLE_COPY(FontForAll)
+
+private:
+    QFont m_before;
+};
+
 /// What makes the window pleasant or not, whatever it does: names, the order of Tab, letters, room, icons, cursors, progress.
 class UsabilityTest : public QObject
 {
@@ -184,6 +197,7 @@ private slots:
     void everyActionExplainsItself();
     void everyFieldHasItsRoom_data();
     void everyFieldHasItsRoom();
+    void allColumnsShowOnALargeScreen_data();
     void allColumnsShowOnALargeScreen();
     void iconsStandOut_data();
     void iconsStandOut();
@@ -191,6 +205,7 @@ private slots:
     void cursorIsItselfAgain_data();
     void cursorIsItselfAgain();
     void progressShowsSoon();
+    void outcomesKeepTheirTime();
 
 private:
     QString path(const QString &name) const { return m_folder->filePath(name); }
@@ -397,13 +412,33 @@ void UsabilityTest::everyFieldHasItsRoom()
     QCOMPARE(std::count(lefts.cbegin(), lefts.cend(), lefts.first()), lefts.size()); // They stand in one line.
 }
 
+void UsabilityTest::allColumnsShowOnALargeScreen_data()
+{
+    QTest::addColumn<int>("points");
+    QTest::addColumn<QSize>("size");
+    QTest::newRow("9 points") << 9 << QSize(1760, 900);
+    QTest::newRow("12 points") << 12 << QSize(1960, 900);
+}
+
 void UsabilityTest::allColumnsShowOnALargeScreen()
 {
-    m_window->resize(1760, 900);
+    QFETCH(const int, points);
+    QFETCH(const QSize, size);
+    QFont font = QApplication::font();
+    font.setPointSize(points);
+    const FontForAll set(font);
+    init();
+    m_window->resize(size);
     QCoreApplication::processEvents();
     auto *tree = find<QTreeWidget>("fileTree");
-    qDebug() << tree->header()->length() << tree->viewport()->width() << m_window->width();
     QVERIFY(tree->header()->length() <= tree->viewport()->width());
+    // The preview has room for its messages.
+    auto *preview = find<QScrollArea>("previewArea");
+    QVERIFY(preview->viewport()->width() >= 280);
+    // Of what a larger window gains beyond that, the preview has its share.
+    m_window->resize(size.width() + 400, size.height());
+    QCoreApplication::processEvents();
+    QVERIFY(preview->viewport()->width() >= 380);
     for (int column = 0; column < tree->columnCount(); ++column)
         QVERIFY2(tree->header()->sectionSize(column) >= 64, qPrintable(tree->headerItem()->text(column)));
 }
@@ -500,6 +535,29 @@ void UsabilityTest::cursorIsItselfAgain()
         m_window->runFindTexture({path("demo/demo.z64")}, formats, true, 0);
     }
     QVERIFY(!QGuiApplication::overrideCursor());
+}
+
+/// The tip of what is under the pointer waits until an outcome has had its time.
+void UsabilityTest::outcomesKeepTheirTime()
+{
+    const auto *bar = find<QStatusBar>("statusBar");
+    const auto tip = [this](const QString &text) {
+        QStatusTipEvent event(text);
+        QApplication::sendEvent(m_window.get(), &event);
+    };
+    QTRY_COMPARE(bar->currentMessage(), QString());
+    tip("Open a file");
+    QCOMPARE(bar->currentMessage(), QStringLiteral("Open a file"));
+    QVERIFY(m_window->saveFile(path("saved.z64")));
+    for (const char *text : {"Save the file to disk", "", "Open a file"}) {
+        tip(text);
+        QCOMPARE(bar->currentMessage(), QStringLiteral("File saved"));
+    }
+    QTRY_COMPARE(bar->currentMessage(), QStringLiteral("Open a file"));
+    tip("Create a new folder");
+    QCOMPARE(bar->currentMessage(), QStringLiteral("Create a new folder"));
+    tip("");
+    QCOMPARE(bar->currentMessage(), QString());
 }
 
 void UsabilityTest::progressShowsSoon()

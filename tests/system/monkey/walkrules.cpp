@@ -321,9 +321,13 @@ QString WalkRules::selectionAgreesWithTree(const StepFacts &facts)
     if (m_packFolder && currentROM.lastSelectedFolder != m_packFolder)
         m_packFolder = nullptr;
     if (selected.isEmpty()) {
-        if (currentROM.selectedType != MainWindow::NothingSelected || currentROM.lastSelectedTexture)
+        // A texture pack leaves its folder selected, which has no row, and the texture that was shown before.
+        if (m_packFolder)
+            return QString();
+        if (currentROM.selectedType != MainWindow::NothingSelected || currentROM.lastSelectedTexture
+            || currentROM.lastSelectedFolder)
             return QStringLiteral("no row is selected");
-        return currentROM.lastSelectedFolder == m_packFolder ? QString() : QStringLiteral("no row is selected, a folder is");
+        return QString();
     }
     if (selected.size() != 1 || selected.first() != tree->currentItem())
         return QStringLiteral("another row than the current one is selected");
@@ -334,7 +338,7 @@ QString WalkRules::selectionAgreesWithTree(const StepFacts &facts)
     if (isTexture && currentROM.lastSelectedTexture != textureOf(row))
         return QStringLiteral("another texture");
     const fileTreeDirectory *folder = isTexture ? textureOf(row)->parent : folderOf(row);
-    if (currentROM.lastSelectedFolder != folder && currentROM.lastSelectedFolder != m_packFolder)
+    if (currentROM.lastSelectedFolder != folder)
         return QStringLiteral("another folder");
     return QString();
 }

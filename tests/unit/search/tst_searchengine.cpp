@@ -52,10 +52,10 @@ public:
     {
         events << (outcome == Outcome::Overwrote ? "overwrote" : outcome == Outcome::Added ? "added" : "ignored");
     }
-    void beforeReplacing(const QVector<fileTreeFile *> &entries) override
+    void beforeReplacing(const QVector<TextureReplacement> &changes) override
     {
-        for (fileTreeFile *entry : entries)
-            QVERIFY(entry->index() >= 0);
+        for (const TextureReplacement &change : changes)
+            QVERIFY(!change.replaced || change.replaced->index() >= 0);
     }
     void entriesAdded(const QVector<fileTreeFile *> &entries) override { added += entries; }
 
