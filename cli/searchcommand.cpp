@@ -9,6 +9,7 @@
 #include "codec/pictureloader.h"
 #include "model/rom.h"
 #include "model/tablewalk.h"
+#include "search/indexedtextures.h"
 #include "search/picturefiles.h"
 #include "search/searchobserver.h"
 #include "search/texturesearch.h"
@@ -16,6 +17,7 @@
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonObject>
+#include <QSet>
 
 namespace cli
 {
@@ -41,6 +43,7 @@ struct Hit
     int picture; ///< Place in the list of pictures.
     QString format;
     int position; ///< In the folder.
+    QVector<int> palettes; ///< Of an indexed texture: addresses in the image, the best first.
 };
 
 /// Keeps what a search finds, and shows how far it is.
@@ -61,7 +64,7 @@ public:
     void foundCopy(const QString &format, int position) override
     {
         ++pictures.last().copies;
-        hits.append({pictures.size() - 1, format, position});
+        hits.append({pictures.size() - 1, format, position, {}});
     }
     void copyHandled(Outcome outcome) override
     {
@@ -69,11 +72,47 @@ public:
         overwritten += outcome == Outcome::Overwrote ? 1 : 0;
     }
 
+    /// Puts what was found as indexed textures before all else. So far pictures are those of \a files that \a found does not
+    /// have, or all of them unless \a withoutFound.
+    void insert(const QStringList &files, const IndexedTextures &found, bool withoutFound)
+    {
+        QSet<int> foundPictures;
+        for (const IndexedHit &hit : found.hits)
+            foundPictures.insert(hit.picture);
+        QVector<SearchedPicture> all;
+        QVector<int> places; // By the place that a picture had so far.
+        for (int i = 0; i < files.size(); ++i) {
+            if (withoutFound && foundPictures.contains(i)) {
+                all.append({files.at(i), sizeOfPicture(files.at(i)), true, 0});
+            } else if (places.size() < pictures.size()) {
+                places.append(i);
+                all.append(pictures.at(places.size() - 1));
+            } else {
+                break; // Cancelled before it came to that.
+            }
+        }
+        QVector<Hit> allHits;
+        for (const IndexedHit &hit : found.hits) {
+            if (hit.picture < all.size()) {
+                ++all[hit.picture].copies;
+                allHits.append({hit.picture, hit.format(), hit.position, hit.palettes});
+            }
+        }
+        for (Hit hit : qAsConst(hits)) {
+            hit.picture = places.at(hit.picture);
+            allHits.append(hit);
+        }
+        pictures = all;
+        hits = allHits;
+        refusals = found.refusals;
+    }
+
     /// Before other text goes to the terminal.
     void clearProgress() { m_progress.clear(); }
 
     QVector<SearchedPicture> pictures;
     QVector<Hit> hits;
+    QVector<IndexedRefusal> refusals;
     int added = 0;
     int overwritten = 0;
 
@@ -125,6 +164,11 @@ bool collectPictures(const Arguments &arguments, QStringList *files, Streams &st
     return true;
 }
 
+bool isIndexed(const Hit &hit)
+{
+    return textureFormats::getAsMap().value(hit.format).usesPalette;
+}
+
 QJsonObject json(const SearchReport &report, const fileTreeDirectory &folder)
 {
     QJsonArray pictures;
@@ -135,16 +179,42 @@ QJsonObject json(const SearchReport &report, const fileTreeDirectory &folder)
     QJsonArray hits;
     for (const Hit &hit : report.hits) {
         const SearchedPicture &picture = report.pictures.at(hit.picture);
-        hits.append(QJsonObject {{QStringLiteral("picture"), picture.path},
-                                 {QStringLiteral("format"), hit.format},
-                                 {QStringLiteral("address"), folder.realAddress() + hit.position},
-                                 {QStringLiteral("offset"), hit.position},
-                                 {QStringLiteral("width"), picture.size.width()},
-                                 {QStringLiteral("height"), picture.size.height()}});
+        QJsonObject object {{QStringLiteral("picture"), picture.path},
+                            {QStringLiteral("format"), hit.format},
+                            {QStringLiteral("address"), folder.realAddress() + hit.position},
+                            {QStringLiteral("offset"), hit.position},
+                            {QStringLiteral("width"), picture.size.width()},
+                            {QStringLiteral("height"), picture.size.height()}};
+        if (isIndexed(hit)) {
+            QJsonArray palettes;
+            for (const int palette : hit.palettes)
+                palettes.append(palette);
+            object.insert(QStringLiteral("palettes"), palettes);
+        }
+        hits.append(object);
     }
-    return {{QStringLiteral("identifier"), currentROM.romID}, {QStringLiteral("folder"), fullPath(folder)},
-            {QStringLiteral("pictures"), pictures},           {QStringLiteral("hits"), hits},
-            {QStringLiteral("added"), report.added},          {QStringLiteral("overwritten"), report.overwritten}};
+    QJsonArray refused;
+    for (const IndexedRefusal &refusal : report.refusals)
+        refused.append(QJsonObject {{QStringLiteral("picture"), report.pictures.value(refusal.picture).path},
+                                    {QStringLiteral("format"), refusal.format},
+                                    {QStringLiteral("reason"), refusal.reason}});
+    return {{QStringLiteral("identifier"), currentROM.romID},
+            {QStringLiteral("folder"), fullPath(folder)},
+            {QStringLiteral("pictures"), pictures},
+            {QStringLiteral("hits"), hits},
+            {QStringLiteral("refused"), refused},
+            {QStringLiteral("added"), report.added},
+            {QStringLiteral("overwritten"), report.overwritten}};
+}
+
+QString paletteText(const Hit &hit)
+{
+    if (hit.palettes.isEmpty())
+        return QStringLiteral(", no palette found");
+    QString text = QStringLiteral(", palette ") + hexNumber(hit.palettes.first());
+    if (hit.palettes.size() > 1)
+        text += QStringLiteral(" and %1 more").arg(hit.palettes.size() - 1);
+    return text;
 }
 
 void printText(const SearchReport &report, const fileTreeDirectory &folder, QTextStream &out)
@@ -153,8 +223,14 @@ void printText(const SearchReport &report, const fileTreeDirectory &folder, QTex
         const SearchedPicture &picture = report.pictures.at(hit.picture);
         const QString size = QStringLiteral("%1x%2").arg(picture.size.width()).arg(picture.size.height());
         out << hexNumber(folder.realAddress() + hit.position) << QLatin1String("  ") << hit.format.leftJustified(8)
-            << QLatin1String("  ") << size.leftJustified(11) << QLatin1String("  ") << printable(picture.path) << '\n';
+            << QLatin1String("  ") << size.leftJustified(11) << QLatin1String("  ") << printable(picture.path);
+        if (isIndexed(hit))
+            out << paletteText(hit);
+        out << '\n';
     }
+    for (const IndexedRefusal &refusal : report.refusals)
+        out << QLatin1String("Not searched for as ") << refusal.format << QLatin1String(", since ") << refusal.reason
+            << QLatin1String(": ") << printable(report.pictures.value(refusal.picture).path) << '\n';
     for (const SearchedPicture &picture : report.pictures) {
         if (picture.readable && picture.copies == 0)
             out << QLatin1String("Not found: ") << printable(picture.path) << '\n';
@@ -170,8 +246,23 @@ int search(const Arguments &arguments, fileTreeDirectory *folder, const QStringL
     const bool adding = arguments.isSet("add");
     const int mode = arguments.choice("duplicates", duplicateChoices()).value_or(OverwriteEntry);
     SearchReport report(files.size(), streams.err);
-    TextureSearch(folder, {chosenFormats(arguments), arguments.isSet("first-only"), adding ? mode : DoNotCreateEntry}, &report)
-        .run(files);
+    QMap<QString, textureFormat> formats = chosenFormats(arguments);
+    const IndexedOptions indexed {formats.remove(textureFormats::ci4.name) > 0, formats.remove(textureFormats::ci8.name) > 0,
+                                  arguments.isSet("first-only")};
+    IndexedTextures found;
+    if (indexed.ci4 || indexed.ci8)
+        found = findIndexedTextures(*folder, files, indexed, &report);
+    QStringList left = files;
+    for (int i = found.hits.size() - 1; i >= 0 && indexed.firstOnly; --i)
+        left.removeAt(found.hits.at(i).picture); // One hit for each picture, by ascending place.
+    TextureSearch(folder, {formats, indexed.firstOnly, adding ? mode : DoNotCreateEntry}, &report).run(left);
+    report.insert(files, found, indexed.firstOnly);
+    if (adding) {
+        const AddedEntries entries =
+            addIndexed(found.hits, files, folder, DuplicateMode(mode), arguments.isSet("without-palette"));
+        report.added += entries.added;
+        report.overwritten += entries.overwritten;
+    }
     report.clearProgress();
 
     bool allReadable = true;
@@ -202,7 +293,7 @@ int run(const Arguments &arguments, Streams &streams)
     const bool adding = arguments.isSet("add");
     chosenFormats(arguments);
     arguments.choice("duplicates", duplicateChoices());
-    if (!adding && (arguments.isSet("duplicates") || arguments.isSet("dry-run")))
+    if (!adding && (arguments.isSet("duplicates") || arguments.isSet("dry-run") || arguments.isSet("without-palette")))
         arguments.reject(QStringLiteral("Only --add writes a file list; without it there is nothing to choose"));
     if (arguments.rejected(streams))
         return WrongUsage;
@@ -233,6 +324,8 @@ Command searchCommand()
         {QStringLiteral("formats"),
          QStringLiteral("The formats to try, separated by commas; without it i4, i8, ia16, ia4, ia8, rgb5a1, rgba32."),
          QStringLiteral("FORMATS")},
+        {QStringLiteral("without-palette"),
+         QStringLiteral("With --add, also add copies in ci4 and ci8 for which no palette was found.")},
         {QStringLiteral("first-only"), QStringLiteral("End the search for a picture after its first copy.")},
         {QStringLiteral("no-subfolders"), QStringLiteral("Leave out pictures in the subfolders of the folders given.")},
         {QStringLiteral("add"), QStringLiteral("Add the copies found to the profile's file list, in the folder searched.")},
@@ -243,15 +336,17 @@ Command searchCommand()
          QStringLiteral("overwrite|create|ignore")},
         {QStringLiteral("dry-run"), QStringLiteral("With --add, write no file list, but say what would change.")}};
     options << profileOptions() << jsonOption();
-    return {QStringLiteral("search"),
-            QStringLiteral("Find where pictures lie in the image."),
-            QStringLiteral("IMAGE PICTURE..."),
-            QStringLiteral(
-                "Searches for the bytes that each picture has in each format, at any alignment. A folder stands for the PNG\n"
-                "files in it. Prints each copy: address, format, width and height, and the picture."),
-            2,
-            -1,
-            options,
-            run};
+    return {
+        QStringLiteral("search"),
+        QStringLiteral("Find where pictures lie in the image."),
+        QStringLiteral("IMAGE PICTURE..."),
+        QStringLiteral(
+            "Searches for the bytes that each picture has in each format, at any alignment. A folder stands for the PNG\n"
+            "files in it. Prints each copy: address, format, width and height, and the picture. In ci4 and ci8, which have\n"
+            "to be asked for, it searches for indices that are equal where the picture's colours are, and then for palettes."),
+        2,
+        -1,
+        options,
+        run};
 }
 }

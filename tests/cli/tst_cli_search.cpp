@@ -110,6 +110,82 @@ private slots:
         QCOMPARE(found.json()["folder"].toString(), QString("Root/D/"));
     }
 
+    /// A picture of few colours lies with indices of another order, its palette before it, in a folder two deep.
+    void indexedTextures()
+    {
+        QImage image(8, 8, QImage::Format_ARGB32);
+        QByteArray indices(32, '\0');
+        const QRgb colours[] = {qRgb(255, 0, 0), qRgb(0, 255, 0), qRgb(0, 0, 255), qRgb(248, 248, 0)};
+        const int order[] = {3, 0, 2, 1};
+        for (int i = 0; i < 64; ++i) {
+            const int number = int(quint32(i + 1) * 2654435761U >> 30);
+            image.setPixel(i % 8, i / 8, colours[number]);
+            indices[i / 2] = char(indices.at(i / 2) | order[number] << (i % 2 ? 0 : 4));
+        }
+        QVERIFY(image.save(path("few.png")));
+        QByteArray bytes = fileBytes(m_folder->imagePath());
+        bytes.replace(0x3001, 32, indices);
+        bytes.replace(0x6001, 32, indices);
+        bytes.replace(0x2F00, 8, QByteArray::fromHex("07C1FFC1003FF801"));
+        bytes.replace(0x7002, 8, QByteArray::fromHex("07C1FFC1003FF801"));
+        writeFile(m_folder->imagePath(), bytes);
+        m_folder->addProfile("<directory name=\"O\" address=\"0x1000\" size=\"0x7000\">"
+                             "<directory name=\"D\" address=\"0x1000\" size=\"0x2010\"/></directory>");
+        const CommandCall text = call({path("few.png"), "--formats", "ci4,ci8,rgba32"});
+        QCOMPARE(text.status, 0);
+        QCOMPARE(text.out,
+                 QString("0x00003001  ci4       8x8          %1, palette 0x00002F00 and 1 more\n"
+                         "0x00006001  ci4       8x8          %1, palette 0x00002F00 and 1 more\n"
+                         "2 copies found of 1 picture\n")
+                     .arg(path("few.png")));
+        QCOMPARE(addresses(call({path("few.png"), "--json", "--formats", "ci8"})), QList<int>());
+        QCOMPARE(addresses(call({path("few.png"), "--json", "--formats", "ci4,rgba32", "--first-only"})), QList<int>({0x3001}));
+        const CommandCall added = call({path("few.png"), "--formats", "ci4", "--in", "Root/O/D", "--add", "--json"});
+        QCOMPARE(added.json()["added"].toInt(), 1);
+        const QJsonArray palettes = added.json()["hits"].toArray().at(0).toObject()["palettes"].toArray();
+        QCOMPARE(palettes, QJsonArray({0x2F00, 0x7002}));
+        const QJsonObject entry = m_folder->call("list", {"--json"}).json()["textures"].toArray().at(0).toObject();
+        QCOMPARE(entry["path"].toString(), QString("Root/O/D/few"));
+        QCOMPARE(entry["address"].toInt(), 0x3001);
+        QCOMPARE(entry["paletteAddress"].toInt(), 0x2F00);
+        QCOMPARE(call({path("few.png"), "--formats", "ci4", "--in", "Root/O/D", "--add", "--json"}).json()["overwritten"].toInt(),
+                 1);
+    }
+
+    void indexedWithoutPalette()
+    {
+        QImage image(8, 8, QImage::Format_ARGB32);
+        QByteArray bytes = fileBytes(m_folder->imagePath());
+        for (int i = 0; i < 64; ++i) {
+            const int number = int(quint32(i + 1) * 2654435761U >> 29);
+            image.setPixel(i % 8, i / 8, qRgb(number * 32, 200, 100));
+            bytes[0x3001 + i] = char(number + 7);
+        }
+        QVERIFY(image.save(path("few.png")));
+        writeFile(m_folder->imagePath(), bytes);
+        const QStringList options {path("few.png"), "--formats", "ci8", "--in", "D", "--add", "--json"};
+        const QJsonObject left = call(options).json();
+        QCOMPARE(left["hits"].toArray().size(), 1);
+        QVERIFY(left["hits"].toArray().at(0).toObject()["palettes"].toArray().isEmpty());
+        QCOMPARE(left["added"].toInt(), 0);
+        QVERIFY(!fileBytes(m_folder->fileListPath()).contains("few"));
+        QCOMPARE(call(options + QStringList("--without-palette")).json()["added"].toInt(), 1);
+        QVERIFY(fileBytes(m_folder->fileListPath()).contains("few"));
+        QCOMPARE(call({path("few.png"), "--without-palette"}).status, 2);
+    }
+
+    void indexedRefusals()
+    {
+        const CommandCall text = call({path("one.png"), "--formats", "ci4"});
+        QVERIFY2(text.out.startsWith("Not searched for as ci4, since it has fewer than 48 pixels: " + path("one.png") + '\n'),
+                 qPrintable(text.out));
+        const QJsonObject refused =
+            call({path("one.png"), "--formats", "ci8", "--json"}).json()["refused"].toArray().at(0).toObject();
+        QCOMPARE(refused["format"].toString(), QString("ci8"));
+        QCOMPARE(refused["picture"].toString(), path("one.png"));
+        QVERIFY(!refused["reason"].toString().isEmpty());
+    }
+
     void addPutsHitsIntoTheList()
     {
         const CommandCall found = call({path("one.png"), "--in", "D", "--add"});
