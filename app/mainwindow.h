@@ -4,6 +4,7 @@
 #include "app/treerow.h"
 #include "model/rom.h"
 #include "model/textureformat.h"
+#include "persist/filelistfiles.h"
 #include "persist/profilesfolder.h"
 
 #include <QFileDialog>
@@ -212,12 +213,12 @@ private:
     /// Whether the window may take in another image now: not while it works, nor while a dialog waits for its answer.
     bool acceptsImages() const;
 
-    QString cartridgeFolder() const;
-    QString fileListPath() const; ///< Of the current profile.
     void showUnsavedFileListNotice();
     /// Writes the file table to \a path, whole or not at all. On failure it shows the box for an unwritable file and returns
     /// false; the unsaved notice stays as it is either way.
     bool writeFileListTo(const QString &path);
+    /// A critical box with \a reason, which may be empty, below its text.
+    void showBoxWithReason(const QString &title, const QString &text, const QString &reason);
     /// Writes the file table to the current profile and hides the unsaved notice. On failure it shows the box for an unwritable
     /// file, the notice stays, and the result is false. This is what opening another image and closing the window call.
     bool saveFileListOfOpenImage();
@@ -226,7 +227,7 @@ private:
     bool mayReplaceFileTable();
     /// As writeFileListTo(), to the list of \a profile; a name that leads out of the profiles folder counts as unwritable.
     bool writeFileListOf(const QString &profile);
-    void showUnwritableList(const QString &path);
+    void showUnwritableList(const QString &path, const QString &reason);
     QString selectedProfile() const;
     void replaceUnusableAutoloadProfile();
     ProfileStore profileStore() const;
@@ -275,6 +276,8 @@ private:
     QSettings m_settings;
     QFileDialog::Options m_fileDialogOptions;
     const ProfilesFolder m_profilesFolder;
+    FileListFiles m_fileLists;
+    bool m_isTableOfOtherImage = false; ///< While an image is being loaded: its identifier is set, its table not yet read.
     int m_busy = 0;
     QString m_imagePath; ///< Where the loaded image was read from or last saved to.
     bool m_loadsImage = false; ///< The table still is, or may be, that of the image before.

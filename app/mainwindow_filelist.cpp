@@ -6,11 +6,7 @@
 #include "base/debuglog.h"
 #include "base/hexnumber.h"
 #include "persist/filelist.h"
-#include "persist/imagefile.h"
-#include "persist/savefile.h"
-#include "persist/xmltext.h"
 
-#include <QFile>
 #include <QFileInfo>
 #include <QTreeWidget>
 
@@ -38,22 +34,6 @@ private:
 
     MainWindow *m_window;
 };
-
-/// Keeps a list that could be read only in part beside itself, since the next save replaces it. Returns the copy's path, empty
-/// when there is none.
-QString keepDamagedCopy(const QString &path)
-{
-    QString copy = path + QLatin1String(".damaged");
-    // Whoever the profile came from may have put a link there, which must not be written through.
-    if (QFileInfo(copy).isSymLink())
-        QFile::remove(copy);
-    QByteArray list;
-    QString error;
-    if (readWholeFile(path, &list, &error) && saveWhole(copy, list, &error))
-        return copy;
-    qDebug().noquote() << copy + QLatin1Char(':') << error;
-    return QString();
-}
 }
 
 QString MainWindow::removeFilePath(const QString &path)
@@ -63,26 +43,29 @@ QString MainWindow::removeFilePath(const QString &path)
 
 void MainWindow::parseXML(const QString &path)
 {
-    QFile file(path);
-    if (!openXmlFile(&file)) {
+    RowMaker rows(this);
+    QString error;
+    QString copy;
+    m_treeWidget->setUpdatesEnabled(false);
+    const FileListFiles::Reading outcome = m_fileLists.read(path, currentROM.data.size(), currentROM.root, &rows, &error, &copy);
+    m_treeWidget->setUpdatesEnabled(true);
+    if (outcome == FileListFiles::Reading::NotOpened) {
+        qDebug().noquote() << path + QLatin1Char(':') << error;
         showBox(this, QMessageBox::Critical, QStringLiteral("parseXML"), tr("Couldn't open %1").arg(path));
         return;
     }
-    RowMaker rows(this);
-    QString error;
-    m_treeWidget->setUpdatesEnabled(false);
-    const bool complete = readFileList(&file, currentROM.data.size(), currentROM.root, &rows, &error);
-    m_treeWidget->setUpdatesEnabled(true);
-    file.close();
-    if (!complete) {
-        const QString copy = keepDamagedCopy(path);
-        QMessageBox box(QMessageBox::Critical, QStringLiteral("XMLReader::parseXML"), error, QMessageBox::Ok, this);
-        if (!copy.isEmpty())
-            box.setInformativeText(tr("The list is kept as it was in %1.").arg(copy));
-        showTextAsItIs(&box);
-        box.exec();
-    }
+    if (outcome == FileListFiles::Reading::Malformed)
+        showBoxWithReason(QStringLiteral("XMLReader::parseXML"), error,
+                          copy.isEmpty() ? QString() : tr("The list is kept as it was in %1.").arg(copy));
     sortByCurrentColumn();
+}
+
+void MainWindow::showBoxWithReason(const QString &title, const QString &text, const QString &reason)
+{
+    QMessageBox box(QMessageBox::Critical, title, text, QMessageBox::Ok, this);
+    box.setInformativeText(reason);
+    showTextAsItIs(&box);
+    box.exec();
 }
 
 void MainWindow::createXMLFileInner(QXmlStreamWriter *writer, fileTreeDirectory *currentDirectory)
@@ -98,24 +81,20 @@ void MainWindow::createXMLFile(const QString &path)
 bool MainWindow::writeFileListTo(const QString &path)
 {
     QString error;
-    bool opened = false;
-    const auto write = [&error, &opened](QIODevice *device) {
-        opened = true;
-        return writeFileList(currentROM.root, device, &error);
-    };
-    if (saveWhole(path, write, &error))
+    const FileListFiles::Writing outcome = m_fileLists.write(path, currentROM.root, &error);
+    if (outcome == FileListFiles::Writing::Done)
         return true;
-    if (opened)
+    if (outcome == FileListFiles::Writing::NotWritten)
         QUILLARY_DEBUG_AS("void MainWindow::createXMLFile(const QString &)") << "error";
     qDebug().noquote() << path + QLatin1Char(':') << error;
-    showUnwritableList(path);
+    showUnwritableList(path, error);
     return false;
 }
 
-void MainWindow::showUnwritableList(const QString &path)
+void MainWindow::showUnwritableList(const QString &path, const QString &reason)
 {
     if (!m_asksNothing)
-        showBox(this, QMessageBox::Critical, QStringLiteral("createXMLFile"), tr("Couldn't open %1").arg(path));
+        showBoxWithReason(QStringLiteral("createXMLFile"), tr("Couldn't open %1").arg(path), reason);
 }
 
 void MainWindow::clearFileTable()

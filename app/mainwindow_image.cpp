@@ -5,6 +5,7 @@
 #include "app/waitcursor.h"
 #include "base/debuglog.h"
 #include "model/byteorder.h"
+#include "persist/filelock.h"
 #include "persist/imagefile.h"
 #include "persist/savefile.h"
 #include "transfer/blockfiles.h"
@@ -112,6 +113,7 @@ void MainWindow::loadFile(const QString &fileName)
     // A file unpacked from a block has no header with an identifier: its profiles go by its name.
     const bool isBlock = parsedBlockFileName(QFileInfo(fileName).fileName()).has_value();
     const bool identified = normaliseImage(hadDialogPath && !isBlock);
+    m_isTableOfOtherImage = true;
     currentROM.romID = identified ? cartridgeIdentifier(currentROM.data) : currentROM.baseName;
 
     for (int i = 0; i < m_tabWidget->count(); ++i)
@@ -156,7 +158,8 @@ bool MainWindow::saveFile(const QString &fileName)
     QString error;
     const auto write = [&] {
         const WaitCursor waitCursor;
-        return saveWhole(fileName, currentROM.data, &error);
+        FileLock lock;
+        return lock.lock(fileName, &error) && saveWhole(fileName, currentROM.data, &error);
     };
     if (!write()) {
         showBox(this, QMessageBox::Warning, tr("Application"), tr("Cannot write file %1:\n%2.").arg(fileName, error));

@@ -59,7 +59,13 @@ QString asPlainText(const QString &text)
     return Qt::mightBeRichText(text) ? Qt::convertFromPlainText(text) : text;
 }
 
-/// A caption that stands for \a field, also for a screen reader.
+/// Why a list behind \a link is neither read nor written; empty without a link.
+QString reasonOfLink(const QString &link)
+{
+    return link.isEmpty() ? QString() : MainWindow::tr("%1 is a link that leads out of the profiles folder.").arg(link);
+}
+
+/// The caption of \a field, also for a screen reader.
 QLabel *createCaption(const QString &text, QWidget *field)
 {
     auto *caption = new QLabel(text, field->parentWidget());
@@ -72,19 +78,9 @@ QLabel *createCaption(const QString &text, QWidget *field)
 }
 }
 
-QString MainWindow::cartridgeFolder() const
-{
-    return profileStore().cartridgeFolder();
-}
-
-QString MainWindow::fileListPath() const
-{
-    return profileStore().fileListPath(currentROM.profileName);
-}
-
 ProfileStore MainWindow::profileStore() const
 {
-    return ProfileStore(m_profilesFolder.path, currentROM.romID);
+    return ProfileStore(m_profilesFolder, currentROM.romID);
 }
 
 void MainWindow::createProfilePanel()
@@ -228,8 +224,11 @@ void MainWindow::saveProfileSettings()
 {
     const ProfileStore store = profileStore();
     QString error;
-    if (store.writeSettings(currentSettings(), &error))
+    bool opened = false;
+    if (store.writeSettings(currentSettings(), &error, &opened))
         return;
+    if (opened)
+        QUILLARY_DEBUG_AS("void MainWindow::saveProfileSettings()") << "error";
     qDebug().noquote() << store.settingsPath() + QLatin1Char(':') << error;
     showBox(this, QMessageBox::Critical, QStringLiteral("saveProfileSettings"), tr("Couldn't open %1").arg(store.settingsPath()));
 }
@@ -266,12 +265,15 @@ bool MainWindow::writeFileListOf(const QString &profile)
     const ProfileStore store = profileStore();
     if (store.isSafe(profile))
         return writeFileListTo(store.fileListPath(profile));
-    showUnwritableList(store.fileListPath(profile));
+    showUnwritableList(store.fileListPath(profile), reasonOfLink(store.linkToFileList(profile)));
     return false;
 }
 
 bool MainWindow::saveFileListOfOpenImage()
 {
+    // The table is still that of the image before, whose list has been written. The session may end while a box shows.
+    if (m_isTableOfOtherImage)
+        return true;
     if (!writeFileListOf(currentROM.profileName))
         return false;
     m_unsavedFileListLabel->hide();
@@ -306,8 +308,13 @@ void MainWindow::loadProfile()
     currentROM.profileName = name;
     m_currentProfileLabel->setText(name);
     clearFileTable();
-    if (profileStore().hasFileList(name))
-        parseXML(fileListPath());
+    m_isTableOfOtherImage = false;
+    const ProfileStore store = profileStore();
+    const QString link = store.linkToFileList(name);
+    if (!link.isEmpty())
+        showBoxWithReason(QStringLiteral("parseXML"), tr("Couldn't open %1").arg(store.fileListPath(name)), reasonOfLink(link));
+    else if (store.hasFileList(name))
+        parseXML(store.fileListToRead(name));
     statusBar()->showMessage(tr("Profile loaded."), messageTime);
 }
 
@@ -340,10 +347,11 @@ void MainWindow::newProfile()
     if (!accepted || name.isEmpty())
         return;
     const auto refuse = [this](const QString &reason) { showBox(this, QMessageBox::Critical, tr("Application"), reason); };
-    if (!allowed.match(name).hasMatch() || !ProfileStore::isSafeName(name))
+    if (!allowed.match(name).hasMatch() || name.contains(QChar(QChar::Null)))
         return refuse(tr("The name included invalid file name characters."));
     const ProfileStore store = profileStore();
-    if (store.hasProfile(name))
+    const bool isDots = !ProfileStore::isSafeName(name); // "." and "..", which exist in every folder.
+    if (isDots || store.hasProfile(name))
         return refuse(tr("A profile with that name already exists."));
     if (!store.createProfile(name))
         return refuse(tr("Couldn't create %1").arg(store.profileFolder(name)));

@@ -70,7 +70,7 @@ QString chooseDirectory(QWidget *parent, const QSettings &settings, QFileDialog:
 /// Makes the file dialogs start in \a folder, an absolute path, next time.
 void rememberFolder(QSettings *settings, const QString &folder)
 {
-    settings->setValue(fileDialogPathKey(), folder + QLatin1Char('/'));
+    settings->setValue(fileDialogPathKey(), folder.endsWith(QLatin1Char('/')) ? folder : folder + QLatin1Char('/'));
 }
 
 SizeAnswer askHowToResize(const QSize &picture, const QSize &texture)

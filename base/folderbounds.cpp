@@ -17,13 +17,14 @@ bool FolderBounds::leadsOut(const QFileInfo &entry) const
     return target.isEmpty() || m_canonicalFolder.isEmpty() || !(target + QLatin1Char('/')).startsWith(m_canonicalFolder);
 }
 
-bool FolderBounds::leavesOn(const QString &path) const
+QString FolderBounds::linkOn(const QString &path) const
 {
-    // A link that stays inside leads on from where it leads to, so that each name is looked at with all links before it followed.
+    // A link that stays inside leads on from its target, so each name is checked with all links before it followed.
     for (int end = path.indexOf(QLatin1Char('/'), m_folder.size() + 1);; end = path.indexOf(QLatin1Char('/'), end + 1)) {
-        if (leadsOut(QFileInfo(end < 0 ? path : path.left(end))))
-            return true;
+        const QString name = path.left(end);
+        if (leadsOut(QFileInfo(name)))
+            return name;
         if (end < 0)
-            return false;
+            return QString();
     }
 }

@@ -5,8 +5,8 @@
 
 class QFileInfo;
 
-/// A folder that somebody else may have put together, in which symbolic links may lead elsewhere. The folder itself may be
-/// reached by links: that is the user's choice.
+/// A folder from an untrusted source, in which symbolic links may lead elsewhere. The folder itself may be reached by links: that
+/// is the user's choice.
 class FolderBounds
 {
 public:
@@ -16,8 +16,12 @@ public:
     /// Whether \a entry, whose own folder lies inside, is a link that leads out of the folder, or nowhere.
     bool leadsOut(const QFileInfo &entry) const;
 
-    /// Whether one of the names in \a path, which begins with the folder's own, is such a link. What is missing is none.
-    bool leavesOn(const QString &path) const;
+    /// The first of the names in \a path, as a path, that is such a link; empty when none is. \a path begins with the folder's
+    /// own. What is missing is not a link.
+    QString linkOn(const QString &path) const;
+
+    /// Whether there is such a link.
+    bool leavesOn(const QString &path) const { return !linkOn(path).isEmpty(); }
 
 private:
     QString m_folder;

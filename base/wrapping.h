@@ -6,3 +6,9 @@ inline int addWrapping(int a, int b)
 {
     return int(unsigned(a) + unsigned(b));
 }
+
+/// The difference of two 32-bit addresses or sizes, which wraps around in the same way.
+inline int subtractWrapping(int a, int b)
+{
+    return int(unsigned(a) - unsigned(b));
+}

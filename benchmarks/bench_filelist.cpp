@@ -59,11 +59,8 @@ fileTreeDirectory *newRoot()
 
 void load(const QByteArray &bytes, fileTreeDirectory *root)
 {
-    QBuffer buffer;
-    buffer.setData(bytes);
-    buffer.open(QIODevice::ReadOnly);
     QString error;
-    if (!readFileList(&buffer, 1 << 24, root, nullptr, &error))
+    if (!readFileList(bytes, 1 << 24, root, nullptr, &error))
         qFatal("%s", qPrintable(error));
 }
 

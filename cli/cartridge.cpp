@@ -64,6 +64,12 @@ bool openImage(const Arguments &arguments, OpenedImage *image, Streams &streams)
 {
     const QString path = arguments.positional(0);
     QByteArray bytes;
+    QString error;
+    const bool writesOver = arguments.isSet("in-place") && !arguments.isSet("dry-run");
+    if (writesOver && !image->lock.lock(path, &error)) {
+        streams.failed(QStringLiteral("Cannot write file %1: %2").arg(path, error));
+        return false;
+    }
     if (!readImage(path, &bytes, &image->order, streams))
         return false;
     image->path = path;
@@ -162,7 +168,9 @@ int writeImage(const Arguments &arguments, const OpenedImage &image, Streams &st
     if (interrupted())
         return streams.failed(QStringLiteral("Interrupted; %1 was not written").arg(path));
     QString error;
-    if (!writeOutput(path, bytes, streams, &error))
+    FileLock lock;
+    const bool isOtherFile = arguments.isSet("output") && !isStandardStream(path);
+    if ((isOtherFile && !lock.lock(path, &error)) || !writeOutput(path, bytes, streams, &error))
         return streams.failed(QStringLiteral("Cannot write file %1: %2").arg(path, error));
     if (arguments.isSet("json") || isStandardStream(path))
         return Done;

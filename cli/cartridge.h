@@ -3,6 +3,7 @@
 
 #include "cli/command.h"
 #include "model/byteorder.h"
+#include "persist/filelock.h"
 
 #include <QString>
 
@@ -12,13 +13,14 @@ namespace cli
 {
 class Arguments;
 
-/// What the file of the loaded image was like. The image itself is in currentROM, big-endian.
+/// Facts about the file of the loaded image. The image itself is in currentROM, big-endian.
 struct OpenedImage
 {
     QString path;
     ByteOrder order = ByteOrder::Unknown; ///< Of the file; Unknown for what is no cartridge image and was taken as it is.
     int size = 0; ///< In bytes.
     QByteArray original; ///< The bytes at opening, big-endian; kept only for --dry-run and --json, which compare.
+    FileLock lock; ///< On the file, for a command that writes over it.
 };
 
 /// "z64", "v64" or "n64"; "unknown" for Unknown.
@@ -27,12 +29,13 @@ QString byteOrderName(ByteOrder order);
 /// The order of that name, Unknown for any other text.
 ByteOrder byteOrderNamed(const QString &name);
 
-/// Reads the image at \a path into \a bytes, big-endian, and says in \a order what the file's order was. On failure the result is
-/// false and the reason is said.
+/// Reads the image at \a path into \a bytes, big-endian, and sets \a order to the byte order of the file. On failure the result
+/// is false and the error is printed.
 bool readImage(const QString &path, QByteArray *bytes, ByteOrder *order, Streams &streams);
 
-/// Reads the image that is the first positional argument into currentROM, with an empty file table. On failure the result is
-/// false and the reason is said.
+/// Reads the image that is the first positional argument into currentROM, with an empty file table. With --in-place the file is
+/// locked from then on, so that of two commands none undoes the other's work. On failure the result is false and the error is
+/// printed.
 bool openImage(const Arguments &arguments, OpenedImage *image, Streams &streams);
 
 /// Whether \a path leads to the image that is the first positional argument, under whatever name.

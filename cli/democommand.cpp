@@ -5,6 +5,7 @@
 #include "cli/profile.h"
 #include "demo/democartridge.h"
 
+#include <QFileInfo>
 #include <QJsonObject>
 
 namespace cli
@@ -20,9 +21,9 @@ int run(const Arguments &arguments, Streams &streams)
         return WrongUsage;
     const ProfileStore store(profilesFolder(arguments), QLatin1String(demo::identifier));
     const QString list = store.fileListPath(ProfileSettings().autoload);
-    const bool kept = store.hasFileList(ProfileSettings().autoload);
+    const bool kept = QFileInfo::exists(list);
     QString error;
-    if (!demo::writeDemo(folder, profilesFolder(arguments), &error))
+    if (!demo::writeDemo(folder, profilesFolder(arguments).path, &error))
         return streams.failed(error);
     if (arguments.isSet("json")) {
         printJson(streams.out,

@@ -223,7 +223,7 @@ int run(const Arguments &arguments, Streams &streams)
     Streams &words = arguments.isSet("json") ? quiet : streams;
     words.out
         << QStringLiteral("Added %1 to the folder \"%2\".\n").arg(counted(added, QStringLiteral("entry")), printable(folder));
-    return added > 0 ? writeProfile(arguments, profile, words) : Done;
+    return added > 0 ? writeProfile(arguments, &profile, words) : Done;
 }
 }
 

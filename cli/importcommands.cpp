@@ -3,10 +3,10 @@
 #include "cli/commandtable.h"
 #include "cli/output.h"
 #include "cli/profile.h"
-#include "model/tablewalk.h"
 #include "cli/terminalprogress.h"
 #include "cli/worklog.h"
 #include "model/rom.h"
+#include "model/tablewalk.h"
 #include "transfer/folderimport.h"
 #include "transfer/texturepack.h"
 
@@ -61,7 +61,7 @@ bool isReadableFolder(const QString &path, Streams &streams)
 }
 
 /// Writes what the import changed and says what came of it; the summary comes last, or is the whole output with --json.
-int finish(const Arguments &arguments, const OpenedImage &image, const ChosenProfile *listToWrite, const ImportSummary &summary,
+int finish(const Arguments &arguments, const OpenedImage &image, ChosenProfile *listToWrite, const ImportSummary &summary,
            Streams &streams)
 {
     for (const QString &line : summary.left)
@@ -72,7 +72,7 @@ int finish(const Arguments &arguments, const OpenedImage &image, const ChosenPro
     Streams &chosen = arguments.isSet("json") ? quiet : streams;
     int status = writeImage(arguments, image, chosen);
     if (status == Done && listToWrite)
-        status = writeProfile(arguments, *listToWrite, chosen);
+        status = writeProfile(arguments, listToWrite, chosen);
     if (status != Done)
         return status;
     if (arguments.isSet("json"))

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
+#include "base/hexnumber.h"
 #include "cli/arguments.h"
 #include "cli/cartridge.h"
 #include "cli/checkcodes.h"
 #include "cli/commandtable.h"
 #include "cli/output.h"
 #include "cli/profile.h"
-#include "base/hexnumber.h"
 #include "model/rom.h"
 
 #include <QJsonArray>
@@ -87,13 +87,14 @@ ProfileCounts countsOf(const ProfileStore &store, const QString &name, const QSt
         return counts;
     auto *root = new fileTreeDirectory;
     root->isRoot = true;
-    readProfile(store, name, root, &counts.error);
+    FileListFiles lists;
+    readProfile(store, name, root, &lists, &counts.error);
     counts.folders = fileTreeContainer().allDirectories(root).size();
     counts.textures = fileTreeContainer().allFiles(root).size();
     return counts;
 }
 
-QList<ProfileCounts> profilesOf(const QString &folder)
+QList<ProfileCounts> profilesOf(const ProfilesFolder &folder)
 {
     const ProfileStore store(folder, currentROM.romID);
     ProfileSettings settings;
@@ -162,12 +163,12 @@ int run(const Arguments &arguments, Streams &streams)
     OpenedImage image;
     if (!openImage(arguments, &image, streams))
         return Failed;
-    const QString folder = profilesFolder(arguments);
+    const ProfilesFolder folder = profilesFolder(arguments);
     const QList<ProfileCounts> profiles = profilesOf(folder);
     if (arguments.isSet("json"))
-        printJson(streams.out, json(image, folder, profiles));
+        printJson(streams.out, json(image, folder.path, profiles));
     else
-        streams.out << text(image, folder, profiles);
+        streams.out << text(image, folder.path, profiles);
     int status = Done;
     for (const ProfileCounts &profile : profiles) {
         if (!profile.error.isEmpty())

@@ -157,7 +157,7 @@ int run(const Arguments &arguments, Streams &streams)
     const bool asJson = arguments.isSet("json");
     if (!asJson)
         printText(textures, streams.out);
-    const int status = writeProfile(arguments, profile, asJson ? quiet : streams);
+    const int status = writeProfile(arguments, &profile, asJson ? quiet : streams);
     if (asJson && status == Done)
         printJson(streams.out, json(textures, from, to));
     if (status != Done)

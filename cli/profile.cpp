@@ -5,12 +5,7 @@
 #include "cli/interrupt.h"
 #include "cli/output.h"
 #include "model/rom.h"
-#include "persist/filelist.h"
 #include "persist/profilesfolder.h"
-#include "persist/savefile.h"
-#include "persist/xmltext.h"
-
-#include <QFile>
 
 namespace cli
 {
@@ -20,7 +15,7 @@ namespace
 bool chooseName(const Arguments &arguments, const char *option, ChosenProfile *profile, QString *error)
 {
     profile->folder = profilesFolder(arguments);
-    if (!ProfileStore::isSafeName(currentROM.romID)) {
+    if (!ProfileStore::isSafeIdentifier(currentROM.romID)) {
         *error = QStringLiteral("The identifier \"%1\" cannot name a folder of profiles").arg(currentROM.romID);
         return false;
     }
@@ -31,7 +26,7 @@ bool chooseName(const Arguments &arguments, const char *option, ChosenProfile *p
     else if (profile->store().readSettings(&settings, &reason) != ProfileStore::Reading::Malformed)
         profile->name = settings.autoload;
     else
-        *error = QStringLiteral("Cannot read file %1: %2").arg(profile->store().settingsPath(), reason);
+        *error = QStringLiteral("Cannot read file %1: %2").arg(profile->store().settingsToRead(), reason);
     if (!error->isEmpty())
         return false;
     if (!ProfileStore::isSafeName(profile->name))
@@ -45,20 +40,20 @@ ProfileStore ChosenProfile::store() const
     return ProfileStore(folder, currentROM.romID);
 }
 
-QString profilesFolder(const Arguments &arguments)
+ProfilesFolder profilesFolder(const Arguments &arguments)
 {
     if (!arguments.isSet("profiles"))
-        return chooseProfilesFolder().path;
+        return chooseProfilesFolder();
     const QString folder = arguments.value("profiles");
-    return folder.endsWith(QLatin1Char('/')) ? folder : folder + QLatin1Char('/');
+    return {folder.endsWith(QLatin1Char('/')) ? folder : folder + QLatin1Char('/'), QString()};
 }
 
-bool readProfile(const ProfileStore &store, const QString &name, fileTreeDirectory *root, QString *error)
+bool readProfile(const ProfileStore &store, const QString &name, fileTreeDirectory *root, FileListFiles *lists, QString *error)
 {
-    QFile file(store.fileListPath(name));
-    if (openXmlFile(&file) && readFileList(&file, currentROM.data.size(), root, nullptr, error))
+    const QString path = store.fileListToRead(name);
+    if (lists->read(path, currentROM.data.size(), root, nullptr, error, nullptr) == FileListFiles::Reading::Done)
         return true;
-    *error = QStringLiteral("Cannot read file %1: %2").arg(file.fileName(), error->isEmpty() ? file.errorString() : *error);
+    *error = QStringLiteral("Cannot read file %1: %2").arg(path, *error);
     return false;
 }
 
@@ -83,6 +78,17 @@ bool openProfile(const Arguments &arguments, MissingList missing, ChosenProfile 
         return false;
     currentROM.profileName = profile->name;
     const ProfileStore store = profile->store();
+    const QString link = store.linkToFileList(profile->name);
+    if (!link.isEmpty()) {
+        streams.failed(QStringLiteral("Cannot read file %1: %2 is a link that leads out of the profiles folder")
+                           .arg(profile->fileListPath(), link));
+        return false;
+    }
+    if (missing == MissingList::StartEmpty && !arguments.isSet("dry-run")
+        && !profile->lists.lock(profile->fileListPath(), &error)) {
+        streams.failed(QStringLiteral("Cannot write file %1: %2").arg(profile->fileListPath(), error));
+        return false;
+    }
     if (!store.hasFileList(profile->name)) {
         if (missing == MissingList::StartEmpty)
             return true;
@@ -91,7 +97,7 @@ bool openProfile(const Arguments &arguments, MissingList missing, ChosenProfile 
                            .arg(profile->name, currentROM.romID, profile->fileListPath()));
         return false;
     }
-    if (readProfile(store, profile->name, currentROM.root, &error))
+    if (readProfile(store, profile->name, currentROM.root, &profile->lists, &error))
         return true;
     streams.failed(error);
     return false;
@@ -103,9 +109,9 @@ bool openImageAndProfile(const Arguments &arguments, MissingList missing, Opened
     return openImage(arguments, image, streams) && openProfile(arguments, missing, profile, streams);
 }
 
-int writeProfile(const Arguments &arguments, const ChosenProfile &profile, Streams &streams)
+int writeProfile(const Arguments &arguments, ChosenProfile *profile, Streams &streams)
 {
-    const QString path = profile.fileListPath();
+    const QString path = profile->fileListPath();
     if (arguments.isSet("dry-run")) {
         streams.out << QStringLiteral("Would write ") << printable(path) << QStringLiteral(".\n");
         return Done;
@@ -113,10 +119,9 @@ int writeProfile(const Arguments &arguments, const ChosenProfile &profile, Strea
     if (interrupted())
         return streams.failed(QStringLiteral("Interrupted; %1 was not written").arg(path));
     QString error;
-    if (!profile.store().createProfile(profile.name))
-        return streams.failed(QStringLiteral("Cannot create folder %1").arg(profile.store().profileFolder(profile.name)));
-    if (!saveWhole(
-            path, [&error](QIODevice *device) { return writeFileList(currentROM.root, device, &error); }, &error))
+    if (!profile->store().createProfile(profile->name))
+        return streams.failed(QStringLiteral("Cannot create folder %1").arg(profile->store().profileFolder(profile->name)));
+    if (profile->lists.write(path, currentROM.root, &error) != FileListFiles::Writing::Done)
         return streams.failed(QStringLiteral("Cannot write file %1: %2").arg(path, error));
     streams.out << QStringLiteral("Wrote ") << printable(path) << QStringLiteral(".\n");
     return Done;

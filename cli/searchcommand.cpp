@@ -240,7 +240,7 @@ void printText(const SearchReport &report, const fileTreeDirectory &folder, QTex
 }
 
 /// Searches \a folder, says what was found, and puts it into the file list when that is wanted.
-int search(const Arguments &arguments, fileTreeDirectory *folder, const QStringList &files, const ChosenProfile &profile,
+int search(const Arguments &arguments, fileTreeDirectory *folder, const QStringList &files, ChosenProfile *profile,
            Streams &streams)
 {
     const bool adding = arguments.isSet("add");
@@ -312,7 +312,7 @@ int run(const Arguments &arguments, Streams &streams)
     const TableNode node = nodeAtPath(currentROM.root, path);
     if (!node.folder)
         return streams.failed(pathNamesNothing(arguments.value("in"), profile));
-    return search(arguments, node.folder, files, profile, streams);
+    return search(arguments, node.folder, files, &profile, streams);
 }
 }
 

@@ -5,9 +5,9 @@
 #include "model/rom.h"
 #include "model/tablewalk.h"
 #include "persist/filelist.h"
+#include "persist/imagefile.h"
 #include "persist/profilesfolder.h"
 #include "persist/profilestore.h"
-#include "persist/xmltext.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -35,9 +35,9 @@ QString identifierOf(const QString &path)
 
 ProfileStore storeOf(const QString &imagePath, const QString &profiles)
 {
-    QString folder = profiles.isEmpty() ? chooseProfilesFolder().path : profiles;
-    if (!folder.endsWith(QLatin1Char('/')))
-        folder += QLatin1Char('/');
+    ProfilesFolder folder = profiles.isEmpty() ? chooseProfilesFolder() : ProfilesFolder {profiles, QString()};
+    if (!folder.path.endsWith(QLatin1Char('/')))
+        folder.path += QLatin1Char('/');
     return ProfileStore(folder, identifierOf(imagePath));
 }
 
@@ -63,13 +63,13 @@ QStringList tablePaths(const QString &imagePath, const QString &profiles, const 
     QString error;
     store.readSettings(&settings, &error);
     const QString name = profile.isEmpty() ? settings.autoload : profile;
-    QFile file(store.fileListPath(name));
+    QByteArray list;
     auto *root = new fileTreeDirectory; // Released with all nodes at exit.
     root->isRoot = true;
     root->name = QStringLiteral("Root");
-    if (!store.isSafe(name) || !openXmlFile(&file))
+    if (!store.hasFileList(name) || !readWholeFile(store.fileListToRead(name), &list, &error))
         return {};
-    readFileList(&file, std::numeric_limits<int>::max(), root, nullptr, &error);
+    readFileList(list, std::numeric_limits<int>::max(), root, nullptr, &error);
 
     const QString above = start.left(start.lastIndexOf(QLatin1Char('/')) + 1);
     const fileTreeDirectory *folder = folderAt(root, above);

@@ -126,12 +126,10 @@ void fillTable(FuzzInput *input, fileTreeDirectory *root)
     }
 }
 
-bool read(QByteArray document, int imageSize, fileTreeDirectory *root)
+bool read(const QByteArray &document, int imageSize, fileTreeDirectory *root)
 {
-    QBuffer buffer(&document);
-    buffer.open(QIODevice::ReadOnly);
     QString error;
-    const bool whole = readFileList(&buffer, imageSize, root, nullptr, &error);
+    const bool whole = readFileList(document, imageSize, root, nullptr, &error);
     require(whole == error.isEmpty(), "a failure has a reason, and nothing else has");
     return whole;
 }

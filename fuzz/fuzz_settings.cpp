@@ -9,8 +9,6 @@
 #include "persist/profilestore.h"
 #include "persist/xmltext.h"
 
-#include <QBuffer>
-
 namespace
 {
 QByteArray anyDocument(FuzzInput *input)
@@ -24,34 +22,24 @@ QByteArray anyDocument(FuzzInput *input)
     return text + "</settings>";
 }
 
-bool read(QByteArray document, ProfileSettings *settings)
+bool read(const QByteArray &document, ProfileSettings *settings)
 {
-    QBuffer buffer(&document);
-    buffer.open(QIODevice::ReadOnly);
     QString error;
-    const bool whole = readProfileSettings(&buffer, settings, &error);
+    const bool whole = readProfileSettings(document, settings, &error);
     require(whole == error.isEmpty(), "a failure has a reason, and nothing else has");
     return whole;
-}
-
-QByteArray written(const ProfileSettings &settings)
-{
-    QBuffer buffer;
-    buffer.open(QIODevice::WriteOnly);
-    require(writeProfileSettings(settings, &buffer), "all settings can be written");
-    return buffer.data();
 }
 
 /// Writes and reads \a settings: they come back, and the second writing gives what the first gave.
 void requireKept(const ProfileSettings &settings)
 {
-    const QByteArray document = written(settings);
+    const QByteArray document = writeProfileSettings(settings);
     ProfileSettings again;
     require(read(document, &again), "what is written reads without error");
     const QString name = xmlText(settings.autoload);
     require(again.autoload == (name.isEmpty() ? QStringLiteral("default") : name), "reading it again gives the same profile");
     require(again.autosave == settings.autosave, "and the same choice");
-    require(written(again) == document, "writing that gives the same bytes");
+    require(writeProfileSettings(again) == document, "writing that gives the same bytes");
 }
 
 QString anyFolderName(FuzzInput *input)
@@ -77,7 +65,7 @@ void keepProfiles(FuzzInput *input)
     settings.autoload = input->flag() ? profile : anyFolderName(input);
     settings.autosave = input->flag();
 
-    const ProfileStore store(scratch.work() + QLatin1Char('/'), cartridge);
+    const ProfileStore store({scratch.work() + QLatin1Char('/'), QString()}, cartridge);
     const bool kept = isKeptByFileSystem(cartridge) && isKeptByFileSystem(profile);
     const bool safe = store.isSafe(profile) && kept;
     const bool made = store.createCartridgeFolder() && store.createProfile(profile);

@@ -3,6 +3,7 @@
 
 #include "persist/filesync.h"
 #include "persist/imagefile.h"
+#include "persist/savefile.h"
 
 #include <QCoreApplication>
 #include <QDebug>
@@ -10,7 +11,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QStandardPaths>
-#include <QTemporaryFile>
+#include <QUuid>
 
 namespace
 {
@@ -19,41 +20,13 @@ class DirectWriteTexts
     Q_DECLARE_TR_FUNCTIONS(DirectWrite)
 };
 
-/// A file that holds \a bytes on the disk, in the recovery folder or, without one, in that for temporary files.
-bool keep(const QString &path, const QByteArray &bytes, QTemporaryFile *kept, QString *error)
-{
-    constexpr int longestName = 100; // Leaves room for what makes the name unique, whatever a character takes in a file name.
-    const QString name = QFileInfo(path).fileName().left(longestName) + QLatin1String(".XXXXXX");
-    for (const QString &folder : {recoveryFolder(), QDir::tempPath()}) {
-        kept->setFileTemplate(folder + QLatin1Char('/') + name);
-        if (!QDir().mkpath(folder)) {
-            *error = DirectWriteTexts::tr("The folder %1 could not be created").arg(folder);
-            continue;
-        }
-        if (!openUnbuffered(kept)) {
-            *error = kept->errorString();
-            continue;
-        }
-        // Asking for the name gives the file one, without which it would go with the program.
-        if (!kept->fileName().isEmpty() && writeAll(kept, bytes) && syncFile(kept, error))
-            return true;
-        if (kept->error() != QFile::NoError)
-            *error = kept->errorString();
-        kept->remove();
-        kept->close();
-    }
-    return false;
-}
-
-/// Puts \a bytes into \a file, whose length is \a oldSize. What lies beyond that goes first: it is where the disk may turn out to
-/// be full, while nothing of the old content has gone.
+/// Writes what lies beyond the old size first: there the disk may turn out to be full, while all of the old content is still
+/// there.
 bool overwrite(QFile *file, const QByteArray &bytes, int oldSize)
 {
     const int common = qMin(oldSize, bytes.size());
-    const auto put = [&](int from, int length) {
-        return length == 0 || (file->seek(from) && writeAll(file, QByteArray::fromRawData(bytes.constData() + from, length)));
-    };
-    return put(common, bytes.size() - common) && put(0, common) && file->resize(bytes.size());
+    return file->seek(common) && writeAll(file, bytes.mid(common)) && file->seek(0) && writeAll(file, bytes.left(common))
+        && file->resize(bytes.size());
 }
 }
 
@@ -64,6 +37,7 @@ QString recoveryFolder()
 
 bool writeDirectly(const QString &path, const QByteArray &bytes, QString *error)
 {
+    constexpr int longestName = 100; // characters, so that the name of the copy is not too long
     QByteArray old;
     if (!readWholeFile(path, &old, error))
         return false;
@@ -72,21 +46,21 @@ bool writeDirectly(const QString &path, const QByteArray &bytes, QString *error)
         *error = file.errorString();
         return false;
     }
-    QTemporaryFile kept;
-    if (!keep(path, bytes, &kept, error)) {
-        *error = DirectWriteTexts::tr("The folder allows no new file, and no copy could be kept elsewhere: %1").arg(*error);
+    const QString kept = recoveryFolder() + QLatin1Char('/') + QFileInfo(path).fileName().left(longestName) + QLatin1Char('.')
+        + QUuid::createUuid().toString(QUuid::Id128).left(8);
+    if (!QDir().mkpath(recoveryFolder()) || !saveNew(kept, bytes, error, Flush::Yes)) {
+        *error = DirectWriteTexts::tr("The folder allows no new file, and no copy could be kept in %1").arg(recoveryFolder());
         return false;
     }
-    qDebug().noquote() << "Writing" << path << "directly; until that is done its content is kept in" << kept.fileName();
+    qDebug().noquote() << "Writing" << path << "directly; until that is done its content is kept in" << kept;
     error->clear();
-    if (overwrite(&file, bytes, old.size()) && syncFile(&file, error))
-        return true;
-    if (error->isEmpty())
+    const bool written = overwrite(&file, bytes, old.size()) && syncFile(&file, error);
+    if (!written && error->isEmpty())
         *error = file.errorString();
     QString unused;
-    if (overwrite(&file, old, bytes.size()) && syncFile(&file, &unused))
-        return false;
-    kept.setAutoRemove(false);
-    *error = DirectWriteTexts::tr("%1. The file is damaged; what should be in it is kept in %2").arg(*error, kept.fileName());
-    return false;
+    if (written || (overwrite(&file, old, bytes.size()) && syncFile(&file, &unused)))
+        QFile::remove(kept);
+    else
+        *error = DirectWriteTexts::tr("%1. The file is damaged; what should be in it is kept in %2").arg(*error, kept);
+    return written;
 }

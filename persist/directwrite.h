@@ -4,11 +4,12 @@
 #include <QByteArray>
 #include <QString>
 
-/// Writes \a bytes over the file at \a path, in which they take the place of all that is there, for a folder that allows no file
-/// beside it. Before anything changes, \a bytes are kept whole in a file of the recovery folder, where they stay if the program
-/// is ended meanwhile. A failure puts the old content back; where that fails too, \a error, which gives the reason, says where
-/// the new content is kept. Nothing is written when it cannot be kept, or the old content cannot be read.
+/// Overwrites the existing file at \a path with \a bytes, for a folder in which no file can take its place. Before anything
+/// changes, \a bytes are written and flushed to a file in the recovery folder. It is removed when the work is done, and stays
+/// when the program is killed meanwhile. A failure puts the old content back; if that fails too, \a error, the reason, names the
+/// file with the new content. Nothing is written when that file cannot be made or the old content cannot be read.
 bool writeDirectly(const QString &path, const QByteArray &bytes, QString *error);
 
-/// The folder in which new content is kept while a file is being written to directly: "Brimholt/Quillary/recovery" in the standard place for application data.
+/// The folder that keeps new content while a file is written to directly: "Brimholt/Quillary/recovery" in the standard folder for
+/// application data.
 QString recoveryFolder();

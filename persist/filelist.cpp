@@ -2,10 +2,11 @@
 #include "persist/filelist.h"
 
 #include "base/hexnumber.h"
+#include "base/wrapping.h"
 #include "model/bulkadder.h"
 #include "model/rom.h"
 #include "model/textureformat.h"
-#include "persist/attributeguard.h"
+#include "persist/xmldocument.h"
 #include "persist/xmltext.h"
 
 #include <QIODevice>
@@ -17,18 +18,20 @@
 
 namespace
 {
-constexpr int versionOfFileElements = 1; // Called its textures "file".
+constexpr int versionOfFileElements = 1; // Textures are "file" elements.
 
-/// Deeper elements stand in one line: with a tab for each level the document would grow with the square of the depth, and a small
-/// hostile list of a hundred thousand levels would become one of many gigabytes.
-constexpr int deepestIndentation = 8192;
+/// Deeper elements are written in one line. With a tab for each level the document would grow with the square of the depth: a
+/// hostile list of 10 MB, 800,000 levels deep, would become one of many gigabytes.
+constexpr int deepestIndentation = 100;
 
 class FileListReader
 {
 public:
-    FileListReader(QIODevice *device, int imageSize, fileTreeDirectory *root, FileListObserver *observer)
-        : m_xml(device), m_imageSize(imageSize), m_root(root), m_observer(observer)
+    FileListReader(const QString &text, int imageSize, fileTreeDirectory *root, FileListObserver *observer)
+        : m_xml(text), m_imageSize(imageSize), m_root(root), m_observer(observer)
     {
+        // A list has no namespaces, and looking up their prefixes takes time quadratic in the depth.
+        m_xml.setNamespaceProcessing(false);
     }
 
     bool read(QString *error)
@@ -66,6 +69,7 @@ private:
             m_open.emplace_back(m_root);
         m_open.erase(m_open.begin() + 1, m_open.end());
         m_isInDocument = true;
+        m_realAddress = 0;
     }
 
     void startDirectory()
@@ -84,14 +88,23 @@ private:
             else if (name == QLatin1String("size"))
                 directory->size = parseHexadecimal(attribute.value());
         }
-        if (directory->address < 0 || directory->address > m_imageSize)
+        if (!isUsableAddress(directory->address))
             directory->address = 0;
         if (directory->size <= 0)
-            directory->size = m_imageSize - directory->address;
+            directory->size = subtractWrapping(m_imageSize, directory->address);
+        m_realAddress = addWrapping(m_realAddress, directory->address);
         m_open.back().addDirectory(directory);
         m_open.emplace_back(directory);
         if (m_observer)
             m_observer->directoryStarted(directory);
+    }
+
+    /// A negative address is one behind which a folder was moved with its contents fixed. It counts when the folder then lies in
+    /// the image.
+    bool isUsableAddress(int address) const
+    {
+        const int realAddress = addWrapping(m_realAddress, address);
+        return address >= 0 ? address <= m_imageSize : realAddress >= 0 && realAddress < m_imageSize;
     }
 
     void endDirectory()
@@ -100,13 +113,15 @@ private:
             return;
         if (m_observer)
             m_observer->directoryEnded(m_open.back().folder());
-        if (m_open.size() > 1)
+        if (m_open.size() > 1) {
+            m_realAddress = subtractWrapping(m_realAddress, m_open.back().folder()->address);
             m_open.pop_back();
-        else
+        } else {
             m_isInDocument = false;
+        }
     }
 
-    /// \a name as text; one text for all textures of a known format, since a table has many of few formats.
+    /// \a name as text. All textures of a known format share one text, which saves memory.
     QString sharedFormat(const QStringRef &name) const
     {
         for (const textureFormat &format : m_formats) {
@@ -148,6 +163,7 @@ private:
     FileListObserver *m_observer;
     std::vector<BulkAdder> m_open; ///< The root and the folders that are open in it; the last is the one that elements go to.
     bool m_isInDocument = false; ///< False before the document element and after a stray end: elements are ignored.
+    int m_realAddress = 0; ///< Of the last open folder, in the image.
     QLatin1String m_textureElement {"texture"};
     const QMap<QString, textureFormat> m_formats = textureFormats::getAsMap();
 };
@@ -183,9 +199,10 @@ void sortAll(fileTreeDirectory *root)
 }
 }
 
-bool readFileList(QIODevice *device, int imageSize, fileTreeDirectory *root, FileListObserver *observer, QString *error)
+bool readFileList(const QByteArray &document, int imageSize, fileTreeDirectory *root, FileListObserver *observer, QString *error)
 {
-    return hasFewAttributes(device, error) && FileListReader(device, imageSize, root, observer).read(error);
+    QString text;
+    return decodeXml(document, &text, error) && FileListReader(text, imageSize, root, observer).read(error);
 }
 
 bool writeFileList(fileTreeDirectory *root, QIODevice *device, QString *error)

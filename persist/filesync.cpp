@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "persist/filesync.h"
 
+#include <QCoreApplication>
+#include <QDebug>
 #include <QFile>
 #include <QTemporaryFile>
 
@@ -35,13 +37,28 @@ namespace
 {
 bool syncDescriptor(int descriptor, QString *error)
 {
-    int result = 0;
-    do {
+    constexpr int mostInterruptions = 100;
+    int result = ::fsync(descriptor);
+    for (int i = 0; i < mostInterruptions && result != 0 && errno == EINTR; ++i)
         result = ::fsync(descriptor);
-    } while (result != 0 && errno == EINTR);
     if (result == 0 || errno == EINVAL || errno == ENOTSUP || errno == EROFS)
         return true;
     *error = qt_error_string(errno);
+    return false;
+}
+
+/// Gives \a file the permissions \a mode. Where it does not have those of the owner, the group and the others afterwards, the
+/// result is false with the reason in \a error. A file system without permissions gives the same ones to all files.
+bool givePermissions(QFileDevice *file, mode_t mode, QString *error)
+{
+    constexpr mode_t permissions = 0777;
+    struct stat given = {};
+    const int changed = ::fchmod(file->handle(), mode);
+    const int systemError = errno;
+    if (::fstat(file->handle(), &given) == 0 && (given.st_mode & permissions) == (mode & permissions))
+        return true;
+    *error = QCoreApplication::translate("SaveFile", "Its permissions cannot be kept: %1")
+                 .arg(qt_error_string(changed != 0 ? systemError : EPERM));
     return false;
 }
 }
@@ -71,25 +88,31 @@ bool syncFolder(const QString &path, QString *error)
 
 void takeUsualPermissions(QFileDevice *file)
 {
-    const mode_t taken = ::umask(0);
-    ::umask(taken);
-    ::fchmod(file->handle(), 0666 & ~taken);
+    const mode_t masked = ::umask(0);
+    ::umask(masked);
+    ::fchmod(file->handle(), 0666 & ~masked);
 }
 
-void takeOwnerFrom(const QString &path, QFileDevice *file)
+bool takeOwnerAndPermissions(const QString &path, QFileDevice *file, QString *error)
 {
     struct stat wanted = {};
     struct stat given = {};
-    if (::stat(QFile::encodeName(path).constData(), &wanted) != 0 || ::fstat(file->handle(), &given) != 0)
-        return;
-    if (wanted.st_uid == given.st_uid && wanted.st_gid == given.st_gid)
-        return;
+    if (::stat(QFile::encodeName(path).constData(), &wanted) != 0) {
+        if (errno == ENOENT)
+            return true;
+        *error = qt_error_string(errno);
+        return false;
+    }
+    if (::fstat(file->handle(), &given) != 0) {
+        *error = qt_error_string(errno);
+        return false;
+    }
     // Only root may give a file away; a group that the user belongs to can be kept all the same.
-    if (::fchown(file->handle(), wanted.st_uid, wanted.st_gid) != 0
+    if ((wanted.st_uid != given.st_uid || wanted.st_gid != given.st_gid)
+        && ::fchown(file->handle(), wanted.st_uid, wanted.st_gid) != 0
         && ::fchown(file->handle(), static_cast<uid_t>(-1), wanted.st_gid) != 0)
-        return;
-    // A change of hands may take permissions away.
-    ::fchmod(file->handle(), wanted.st_mode & 07777);
+        qDebug().noquote() << path + QLatin1String(": Its owner and group change:") << qt_error_string(errno);
+    return givePermissions(file, wanted.st_mode & 07777, error);
 }
 #else
 void surviveFileSizeLimit() { }
@@ -109,5 +132,8 @@ bool syncFolder(const QString &, QString *)
 
 void takeUsualPermissions(QFileDevice *) { }
 
-void takeOwnerFrom(const QString &, QFileDevice *) { }
+bool takeOwnerAndPermissions(const QString &, QFileDevice *, QString *)
+{
+    return true;
+}
 #endif

@@ -5,35 +5,44 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QStandardPaths>
-#include <QStorageInfo>
 #include <QTemporaryFile>
+
+#include <cerrno>
 
 namespace
 {
-/// Whether files can be created in \a path or, where it is missing, whether it can be created. Permission bits do not tell, with
-/// read-only file systems, access lists and privileged users, so a temporary file is tried; most systems give it no name at all.
-bool canBeWritten(const QString &path)
+/// The nearest folder on the way to \a path that exists; empty where something else is in the way.
+QString existingFolder(const QString &path)
 {
     QFileInfo place(QDir::cleanPath(path));
-    if (place.isRelative())
-        return false;
     while (!place.exists() && !place.isSymLink() && !place.isRoot())
         place.setFile(place.path());
-    if (!place.isDir())
-        return false;
-    if (QTemporaryFile(place.filePath() + QLatin1String("/.quillary-XXXXXX")).open())
-        return true;
-    // A full disk is no reason to look elsewhere: the profiles that are there would seem to be gone.
-    const QStorageInfo disk(place.filePath());
-    return place.isWritable() && disk.bytesTotal() > 0 && disk.bytesAvailable() == 0;
+    return place.isDir() && place.isAbsolute() ? place.filePath() : QString();
+}
+
+enum class Access { Writable, NoPermission, Unusable };
+
+/// Whether files can be created in \a path or, if it is missing, whether it can be created. Permission bits do not tell, with
+/// read-only file systems, access lists and privileged users, so a temporary file is tried; most systems give it no name at all.
+Access accessTo(const QString &path)
+{
+    const QString folder = existingFolder(path);
+    if (folder.isEmpty())
+        return Access::Unusable;
+    QTemporaryFile file(folder + QLatin1String("/.quillary-XXXXXX"));
+    errno = 0;
+    if (file.open())
+        return Access::Writable;
+    return errno == EACCES || errno == EPERM || errno == EROFS ? Access::NoPermission : Access::Unusable;
 }
 }
 
 ProfilesFolder chooseProfilesFolder(const QString &besideProgram, const QString &ofUser)
 {
-    if (canBeWritten(besideProgram) || !canBeWritten(ofUser))
-        return {besideProgram, QString()};
-    return {ofUser, besideProgram};
+    // Of everything else that can be wrong, such as a full disk or a file in the folder's place, the user is told on saving.
+    if (accessTo(besideProgram) == Access::NoPermission && accessTo(ofUser) == Access::Writable)
+        return {ofUser, besideProgram};
+    return {besideProgram, QString()};
 }
 
 ProfilesFolder chooseProfilesFolder()

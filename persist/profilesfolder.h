@@ -6,19 +6,20 @@
 /// The folder of all cartridges' profiles, for the window and the command line alike.
 struct ProfilesFolder
 {
-    QString path; ///< Ends in "/". Need not be there yet.
-    QString unwritable; ///< The folder beside the program, when it cannot be written and path is another; else empty.
+    QString path; ///< Ends in "/". Need not exist yet.
+    QString unwritable; ///< The folder beside the program when path is another, because it cannot be written; ends in "/".
+                        ///< What path does not have is read from there. Else empty.
 };
 
-/// Where profiles are kept: in \a besideProgram, or, when that cannot be written, in \a ofUser, both ending in "/". When neither
-/// can, \a besideProgram stays, so that whoever writes there says what is wrong. Only looks: nothing is created.
+/// Where profiles are kept: in \a besideProgram or, when only the permission to write there is missing, in \a ofUser; both end in
+/// "/". Creates nothing.
 ProfilesFolder chooseProfilesFolder(const QString &besideProgram, const QString &ofUser);
 
 /// As above, with the folder "profiles" beside the running program, or else userProfilesFolder().
 ProfilesFolder chooseProfilesFolder();
 
-/// The user's own folder for profiles, in the standard place for application data; ends in "/". The same for every program of
-/// the house, whatever application name it has set.
+/// The user's own folder for profiles, in the standard folder for application data; ends in "/". The same for every program of
+/// this project, whatever application name it has set.
 QString userProfilesFolder();
 
 /// One line that tells the user where profiles are kept, and why there if it is not beside the program.

@@ -2,8 +2,9 @@
 #include "persist/profilestore.h"
 
 #include "base/folderbounds.h"
-#include "persist/attributeguard.h"
+#include "persist/imagefile.h"
 #include "persist/savefile.h"
+#include "persist/xmldocument.h"
 #include "persist/xmltext.h"
 
 #include <QDebug>
@@ -11,6 +12,7 @@
 #include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
+#include <QIODevice>
 #include <QXmlStreamReader>
 #include <QXmlStreamWriter>
 
@@ -30,12 +32,14 @@ void writeTextElement(QXmlStreamWriter *writer, const QString &element, const QS
 }
 }
 
-bool readProfileSettings(QIODevice *device, ProfileSettings *settings, QString *error)
+bool readProfileSettings(const QByteArray &document, ProfileSettings *settings, QString *error)
 {
     *settings = ProfileSettings();
-    if (!hasFewAttributes(device, error))
+    QString decoded;
+    if (!decodeXml(document, &decoded, error))
         return false;
-    QXmlStreamReader xml(device);
+    QXmlStreamReader xml(decoded);
+    xml.setNamespaceProcessing(false);
     while (!xml.atEnd()) {
         if (xml.readNext() != QXmlStreamReader::StartElement)
             continue;
@@ -44,8 +48,6 @@ bool readProfileSettings(QIODevice *device, ProfileSettings *settings, QString *
         if (!isAutoload && name != QLatin1String("autosave"))
             continue;
         const QString text = xml.readElementText(QXmlStreamReader::SkipChildElements);
-        if (xml.hasError())
-            break;
         if (isAutoload)
             settings->autoload = text;
         else
@@ -57,10 +59,11 @@ bool readProfileSettings(QIODevice *device, ProfileSettings *settings, QString *
     return false;
 }
 
-bool writeProfileSettings(const ProfileSettings &settings, QIODevice *device)
+QByteArray writeProfileSettings(const ProfileSettings &settings)
 {
     const QString autoload = xmlText(settings.autoload);
-    QXmlStreamWriter writer(device);
+    QByteArray document;
+    QXmlStreamWriter writer(&document);
     writer.setAutoFormatting(true);
     writer.setAutoFormattingIndent(-1); // one tab
     writer.writeStartDocument();
@@ -72,11 +75,16 @@ bool writeProfileSettings(const ProfileSettings &settings, QIODevice *device)
     writer.writeTextElement(QStringLiteral("autosave"), settings.autosave ? QStringLiteral("true") : QStringLiteral("false"));
     writer.writeEndElement();
     writer.writeEndDocument();
-    return !writer.hasError();
+    return document;
 }
 
-ProfileStore::ProfileStore(const QString &profilesFolder, const QString &romID) : m_profilesFolder(profilesFolder), m_romID(romID)
+ProfileStore::ProfileStore(const ProfilesFolder &folder, const QString &romID) : m_folder(folder), m_romID(romID) { }
+
+bool ProfileStore::isSafeIdentifier(const QString &romID)
 {
+    const QStringList names = romID.split(QLatin1Char('/'));
+    return !romID.startsWith(QLatin1Char('/')) && !romID.contains(QChar(QChar::Null)) && !names.contains(QLatin1String("."))
+        && !names.contains(QLatin1String(".."));
 }
 
 bool ProfileStore::isSafeName(const QString &name)
@@ -87,7 +95,7 @@ bool ProfileStore::isSafeName(const QString &name)
 
 QString ProfileStore::cartridgeFolder() const
 {
-    return m_profilesFolder + m_romID;
+    return m_folder.path + (m_romID.isEmpty() ? QStringLiteral("(no identifier)") : m_romID);
 }
 
 QString ProfileStore::settingsPath() const
@@ -107,43 +115,64 @@ QString ProfileStore::fileListPath(const QString &profile) const
 
 bool ProfileStore::isSafe(const QString &profile) const
 {
-    return isSafeName(m_romID) && isSafeName(profile) && staysInside(fileListPath(profile));
+    return isSafeName(profile) && staysInside(fileListPath(profile));
+}
+
+QString ProfileStore::linkOn(const QString &path) const
+{
+    return FolderBounds(m_folder.path.chopped(1)).linkOn(path);
+}
+
+QString ProfileStore::linkToFileList(const QString &profile) const
+{
+    return isSafeIdentifier(m_romID) && isSafeName(profile) ? linkOn(fileListPath(profile)) : QString();
 }
 
 bool ProfileStore::staysInside(const QString &path) const
 {
-    // With a name that is no plain one the path need not even begin with the folder.
-    const bool inside = isSafeName(m_romID) && !FolderBounds(m_profilesFolder.chopped(1)).leavesOn(path);
+    const bool inside = isSafeIdentifier(m_romID) && linkOn(path).isEmpty();
     if (!inside)
         qDebug().noquote() << path + QLatin1String(": It leads out of the profiles folder");
     return inside;
 }
 
-bool ProfileStore::hasSettings() const
+ProfileStore ProfileStore::readOnly() const
 {
-    return staysInside(settingsPath()) && QFileInfo::exists(settingsPath());
+    return ProfileStore({m_folder.unwritable, QString()}, m_romID);
+}
+
+QString ProfileStore::settingsToRead() const
+{
+    if (staysInside(settingsPath()) && QFileInfo::exists(settingsPath()))
+        return settingsPath();
+    return hasReadOnly() ? readOnly().settingsToRead() : QString();
+}
+
+QString ProfileStore::fileListToRead(const QString &profile) const
+{
+    if (isSafe(profile) && QFileInfo::exists(fileListPath(profile)))
+        return fileListPath(profile);
+    return hasReadOnly() ? readOnly().fileListToRead(profile) : QString();
 }
 
 bool ProfileStore::hasProfile(const QString &profile) const
 {
-    return isSafe(profile) && QDir(profileFolder(profile)).exists();
-}
-
-bool ProfileStore::hasFileList(const QString &profile) const
-{
-    return isSafe(profile) && QFileInfo::exists(fileListPath(profile));
+    return (isSafe(profile) && QDir(profileFolder(profile)).exists()) || (hasReadOnly() && readOnly().hasProfile(profile));
 }
 
 QStringList ProfileStore::profiles() const
 {
     QStringList names;
-    if (!staysInside(cartridgeFolder()))
-        return names;
-    QDirIterator folders(cartridgeFolder(), QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot | QDir::NoSymLinks);
-    while (folders.hasNext()) {
-        folders.next();
-        names.append(folders.fileName());
+    if (staysInside(cartridgeFolder())) {
+        QDirIterator folders(cartridgeFolder(), QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot | QDir::NoSymLinks);
+        while (folders.hasNext()) {
+            folders.next();
+            names.append(folders.fileName());
+        }
     }
+    if (hasReadOnly())
+        names += readOnly().profiles();
+    names.removeDuplicates();
     return names;
 }
 
@@ -159,7 +188,7 @@ bool ProfileStore::createProfile(const QString &profile) const
 
 bool ProfileStore::removeProfile(const QString &profile) const
 {
-    if (!isSafeName(profile) || !staysInside(cartridgeFolder()))
+    if (!isSafeName(profile) || !staysInside(cartridgeFolder()) || (hasReadOnly() && readOnly().hasProfile(profile)))
         return false;
     const QString folder = profileFolder(profile);
     return QFileInfo(folder).isSymLink() ? QFile::remove(folder) : QDir(folder).removeRecursively();
@@ -168,17 +197,20 @@ bool ProfileStore::removeProfile(const QString &profile) const
 ProfileStore::Reading ProfileStore::readSettings(ProfileSettings *settings, QString *error) const
 {
     *settings = ProfileSettings();
-    QFile file(settingsPath());
-    if (!staysInside(settingsPath()) || !openXmlFile(&file))
+    QByteArray document;
+    const QString path = settingsToRead();
+    if (path.isEmpty() || !readWholeFile(path, &document, error))
         return Reading::NotOpened;
-    return readProfileSettings(&file, settings, error) ? Reading::Done : Reading::Malformed;
+    return readProfileSettings(document, settings, error) ? Reading::Done : Reading::Malformed;
 }
 
-bool ProfileStore::writeSettings(const ProfileSettings &settings, QString *error) const
+bool ProfileStore::writeSettings(const ProfileSettings &settings, QString *error, bool *opened) const
 {
     QString unused;
-    return staysInside(settingsPath())
-        && saveWhole(
-               settingsPath(), [&settings](QIODevice *device) { return writeProfileSettings(settings, device); },
-               error ? error : &unused);
+    const auto write = [&settings, opened](QIODevice *device) {
+        if (opened)
+            *opened = true;
+        return device->write(writeProfileSettings(settings)) > 0;
+    };
+    return staysInside(settingsPath()) && saveWhole(settingsPath(), write, error ? error : &unused);
 }

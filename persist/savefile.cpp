@@ -15,10 +15,7 @@
 
 namespace
 {
-using Writer = std::function<bool(QIODevice *)>;
-
-/// The file that \a path stands for: where all links lead, also to a file that is not there yet. Empty when they lead in a
-/// circle.
+/// The file that \a path stands for: where all links lead, also to a file that does not exist yet. Empty for a circle of links.
 QString fileBehindLinks(QString path)
 {
     constexpr int mostLinks = 40;
@@ -31,39 +28,30 @@ QString fileBehindLinks(QString path)
     return QString();
 }
 
-/// Whether a name with the seven characters behind it that make it unique is too long for a file beside the old one.
+/// Whether the name with the seven characters that make a temporary file's name unique is too long for a file beside it.
 bool hasLongName(const QString &path)
 {
     constexpr int longestName = 255 - 7;
     return QFile::encodeName(QFileInfo(path).fileName()).size() > longestName;
 }
 
-bool replaceDirectly(const QString &path, const Writer &write, QString *error)
+/// Why the last operation on \a file failed. errno was 0 before it: a file that could not be renamed does not always know.
+QString reasonOf(const QFileDevice &file, int systemError)
 {
-    QBuffer buffer;
-    buffer.open(QIODevice::WriteOnly);
-    if (write(&buffer))
-        return writeDirectly(path, buffer.data(), error);
-    *error = buffer.errorString();
-    return false;
-}
-
-/// Why the last operation on \a file, before which errno was 0, failed. A file that could not get its name does not always know.
-QString reasonOf(const QFileDevice &file)
-{
-    const int systemError = errno;
     return systemError != 0 && file.errorString() == QIODevice::tr("Unknown error") ? qt_error_string(systemError)
                                                                                     : file.errorString();
 }
 
-/// Collects what is written and hands it on in large parts. Unlike the buffer of the file itself it finds out why one was not
+using Writer = std::function<bool(QIODevice *)>;
+
+/// Collects what is written and passes it on in large parts. Unlike the buffer of the file itself it finds out why one was not
 /// taken whole.
 class Collector : public QIODevice
 {
 public:
     explicit Collector(QFileDevice *file) : m_file(file) { open(WriteOnly); }
 
-    bool handOn()
+    bool passOn()
     {
         const bool written = writeAll(m_file, m_bytes);
         if (!written)
@@ -79,7 +67,7 @@ protected:
     {
         constexpr int partSize = 1024 * 1024;
         m_bytes.append(data, int(length));
-        return m_bytes.size() < partSize || handOn() ? length : -1;
+        return m_bytes.size() < partSize || passOn() ? length : -1;
     }
 
 private:
@@ -87,25 +75,58 @@ private:
     QByteArray m_bytes;
 };
 
-bool replace(QSaveFile *file, const Writer &write, QString *error)
+bool writeDirectly(const QString &path, const Writer &write, QString *error)
 {
-    const QString path = file->fileName();
-    takeOwnerFrom(path, file);
-    Collector collector(file);
-    if (!write(&collector) || !collector.handOn()) {
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    if (write(&buffer))
+        return writeDirectly(path, buffer.data(), error);
+    *error = buffer.errorString();
+    return false;
+}
+
+enum class Replacing { Done, Failed, NotAllowed };
+
+/// Whether \a systemError says that the folder takes no new file, or that none may take the place of the old one: without the
+/// permission, in a sticky folder, or when the old file is a mount point.
+bool isNotAllowed(int systemError)
+{
+    return systemError == EACCES || systemError == EPERM || systemError == EBUSY || systemError == EXDEV;
+}
+
+Replacing replace(const QString &path, const Writer &write, QString *error)
+{
+    QSaveFile file(path);
+    errno = 0;
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
+        const bool notAllowed = file.error() == QFileDevice::OpenError && isNotAllowed(errno);
+        *error = file.errorString();
+        return notAllowed ? Replacing::NotAllowed : Replacing::Failed;
+    }
+    if (!takeOwnerAndPermissions(path, &file, error))
+        return Replacing::Failed;
+    Collector collector(&file);
+    if (!write(&collector) || !collector.passOn()) {
         *error = collector.errorString();
-        return false;
+        return Replacing::Failed;
     }
     // Committing flushes to the disk as well, but takes a failure of that for a success.
-    if (!syncFile(file, error))
-        return false;
+    if (!syncFile(&file, error))
+        return Replacing::Failed;
     errno = 0;
-    if (!file->commit()) {
-        *error = reasonOf(*file);
-        return false;
+    if (!file.commit()) {
+        const int systemError = errno;
+        *error = reasonOf(file, systemError);
+        return isNotAllowed(systemError) ? Replacing::NotAllowed : Replacing::Failed;
     }
-    return syncFolder(QFileInfo(path).absolutePath(), error);
+    return syncFolder(QFileInfo(path).absolutePath(), error) ? Replacing::Done : Replacing::Failed;
 }
+}
+
+bool saveWhole(const QString &path, const QByteArray &bytes, QString *error)
+{
+    return saveWhole(
+        path, [&bytes](QIODevice *device) { return device->write(bytes) == bytes.size(); }, error);
 }
 
 bool saveWhole(const QString &path, const Writer &write, QString *error)
@@ -116,39 +137,35 @@ bool saveWhole(const QString &path, const Writer &write, QString *error)
         *error = QCoreApplication::translate("SaveFile", "It is not a regular file");
         return false;
     }
-    if (old.isFile() && hasLongName(target))
-        return replaceDirectly(target, write, error);
-    QSaveFile file(target);
-    errno = 0;
-    if (file.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
-        return replace(&file, write, error);
-    const bool folderAllowsNoFile = file.error() == QFileDevice::OpenError && (errno == EACCES || errno == EPERM);
-    if (folderAllowsNoFile && old.isFile())
-        return replaceDirectly(target, write, error);
-    *error = file.errorString();
-    return false;
+    Replacing outcome = Replacing::NotAllowed;
+    if (!old.isFile() || !hasLongName(target))
+        outcome = replace(target, write, error);
+    if (outcome != Replacing::NotAllowed || !old.isFile() || !old.isWritable())
+        return outcome == Replacing::Done;
+    return writeDirectly(target, write, error);
 }
 
-bool saveWhole(const QString &path, const QByteArray &bytes, QString *error)
+bool saveNew(const QString &path, const QByteArray &bytes, QString *error, Flush flush)
 {
-    return saveWhole(
-        path, [&bytes](QIODevice *device) { return device->write(bytes) == bytes.size(); }, error);
-}
-
-bool saveNew(const QString &path, const QByteArray &bytes, QString *error)
-{
-    // Nameless until it is whole, where the file system can do that.
-    QTemporaryFile file(QFileInfo(path).absolutePath() + QLatin1String("/.quillary-XXXXXX"));
+    // Where the file system can do that, the file has no name until it is whole.
+    const QString folder = QFileInfo(path).absolutePath();
+    QTemporaryFile file(folder + QLatin1String("/.quillary-XXXXXX"));
     if (!openUnbuffered(&file)) {
         *error = file.errorString();
         return false;
     }
     takeUsualPermissions(&file);
-    errno = 0;
-    if (writeAll(&file, bytes) && file.rename(path)) {
-        file.setAutoRemove(false);
-        return true;
+    if (!writeAll(&file, bytes)) {
+        *error = file.errorString();
+        return false;
     }
-    *error = reasonOf(file);
-    return false;
+    if (flush == Flush::Yes && !syncFile(&file, error))
+        return false;
+    errno = 0;
+    if (!file.rename(path)) {
+        *error = reasonOf(file, errno);
+        return false;
+    }
+    file.setAutoRemove(false);
+    return flush == Flush::No || syncFolder(folder, error);
 }

@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "persist/xmltext.h"
 
-#include <QFile>
-#include <QFileInfo>
-
 #include <algorithm>
 
 namespace
@@ -30,9 +27,4 @@ QString xmlText(const QString &text)
             cleaned += text.at(i);
     }
     return cleaned;
-}
-
-bool openXmlFile(QFile *file)
-{
-    return QFileInfo(file->fileName()).isFile() && file->open(QIODevice::ReadOnly | QIODevice::Text);
 }

@@ -3,12 +3,7 @@
 
 #include <QString>
 
-class QFile;
-
 /// \a text without what an XML document cannot hold: control characters other than tab, line feed and carriage return, the two
 /// non-characters at the end of the basic plane, and surrogates without their other half. A stream writer drops most of these as
 /// well, but counts that as an error.
 QString xmlText(const QString &text);
-
-/// Opens \a file for reading text. Refuses what is no regular file: a pipe would wait for a writer, a device may have no end.
-bool openXmlFile(QFile *file);

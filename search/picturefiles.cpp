@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "search/picturefiles.h"
 
-#include "base/folderbounds.h"
-
 #include <QDir>
 #include <QDirIterator>
 #include <QFileInfo>
@@ -10,12 +8,10 @@
 QStringList picturesInFolder(const QString &folder, bool subfolders)
 {
     QStringList files;
-    const FolderBounds bounds(folder);
     QDirIterator entry(QDir(folder).absolutePath(), subfolders ? QDirIterator::Subdirectories : QDirIterator::NoIteratorFlags);
     while (entry.hasNext()) {
         const QString file = entry.next();
-        if (!entry.fileInfo().isDir() && !bounds.leadsOut(entry.fileInfo())
-            && file.endsWith(QLatin1String(".png"), Qt::CaseSensitive))
+        if (!entry.fileInfo().isDir() && file.endsWith(QLatin1String(".png"), Qt::CaseSensitive))
             files.append(file);
     }
     return files;

@@ -2,25 +2,14 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="de" sourcelanguage="en">
 <context>
-    <name>AttributeGuard</name>
-    <message>
-        <source>An element has too many attributes</source>
-        <translation>Ein Element hat zu viele Attribute</translation>
-    </message>
-</context>
-<context>
     <name>DirectWrite</name>
-    <message>
-        <source>The folder %1 could not be created</source>
-        <translation>Der Ordner %1 konnte nicht angelegt werden</translation>
-    </message>
-    <message>
-        <source>The folder allows no new file, and no copy could be kept elsewhere: %1</source>
-        <translation>Der Ordner lässt keine neue Datei zu, und anderswo konnte keine Kopie aufbewahrt werden: %1</translation>
-    </message>
     <message>
         <source>%1. The file is damaged; what should be in it is kept in %2</source>
         <translation>%1. Die Datei ist beschädigt; was darin stehen sollte, liegt in %2</translation>
+    </message>
+    <message>
+        <source>The folder allows no new file, and no copy could be kept in %1</source>
+        <translation>Der Ordner lässt keine neue Datei zu, und in %1 ließ sich keine Kopie aufbewahren</translation>
     </message>
 </context>
 <context>
@@ -63,6 +52,24 @@
     </message>
 </context>
 <context>
+    <name>FileListFiles</name>
+    <message>
+        <source>There are too many copies already</source>
+        <translation>Es gibt schon zu viele Kopien</translation>
+    </message>
+    <message>
+        <source>The list that is there was not read whole, and no copy of it could be made: %1</source>
+        <translation>Die vorhandene Liste wurde nicht ganz gelesen, und sie ließ sich nicht kopieren: %1</translation>
+    </message>
+</context>
+<context>
+    <name>FileLock</name>
+    <message>
+        <source>Another program is changing it; its lock is %1</source>
+        <translation>Ein anderes Programm ändert sie gerade; seine Sperrdatei ist %1</translation>
+    </message>
+</context>
+<context>
     <name>FolderImport</name>
     <message>
         <source>The program tried to import into a non-existent folder.</source>
@@ -83,6 +90,37 @@
     <message>
         <source>%1 was not imported. %2</source>
         <translation>%1 wurde nicht importiert. %2</translation>
+    </message>
+</context>
+<context>
+    <name>Gallery</name>
+    <message>
+        <source>palette</source>
+        <translation>Palette</translation>
+    </message>
+    <message>
+        <source>%1 bytes</source>
+        <translation>%1 Bytes</translation>
+    </message>
+    <message>
+        <source>no picture</source>
+        <translation>kein Bild</translation>
+    </message>
+    <message>
+        <source>left out: the page is full</source>
+        <translation>ausgelassen: die Seite ist voll</translation>
+    </message>
+    <message>
+        <source>There is no such format.</source>
+        <translation>Ein solches Format gibt es nicht.</translation>
+    </message>
+    <message>
+        <source>The bytes give no picture.</source>
+        <translation>Die Bytes ergeben kein Bild.</translation>
+    </message>
+    <message>
+        <source>It reaches beyond the end of the image.</source>
+        <translation>Es reicht über das Ende des Abbilds hinaus.</translation>
     </message>
 </context>
 <context>
@@ -723,6 +761,10 @@ Vor dem Importieren muss die Größe des Bildes angepasst werden.</translation>
         <source>The texture is using an unsupported format. Texture was not imported</source>
         <translation>Das Format der Textur wird nicht unterstützt. Die Textur wurde nicht importiert</translation>
     </message>
+    <message>
+        <source>%1 is a link that leads out of the profiles folder.</source>
+        <translation>%1 ist ein Verweis, der aus dem Ordner der Profile hinausführt.</translation>
+    </message>
 </context>
 <context>
     <name>ProfilesFolder</name>
@@ -747,6 +789,29 @@ Vor dem Importieren muss die Größe des Bildes angepasst werden.</translation>
     <message>
         <source>It is not a regular file</source>
         <translation>Es ist keine gewöhnliche Datei</translation>
+    </message>
+    <message>
+        <source>Its permissions cannot be kept: %1</source>
+        <translation>Ihre Zugriffsrechte lassen sich nicht erhalten: %1</translation>
+    </message>
+</context>
+<context>
+    <name>XmlDocument</name>
+    <message>
+        <source>The document is larger than 512 MiB</source>
+        <translation>Das Dokument ist größer als 512 MiB</translation>
+    </message>
+    <message>
+        <source>The encoding of the document is neither UTF-8 nor UTF-16</source>
+        <translation>Die Kodierung des Dokuments ist weder UTF-8 noch UTF-16</translation>
+    </message>
+    <message>
+        <source>The document has a document type, which is not accepted</source>
+        <translation>Das Dokument hat einen Dokumenttyp, was nicht zugelassen ist</translation>
+    </message>
+    <message>
+        <source>An element has too many attributes</source>
+        <translation>Ein Element hat zu viele Attribute</translation>
     </message>
 </context>
 <context>

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "commandcall.h"
+#include "support/permissions.h"
 #include "support/bootimages.h"
 
 #include <QDir>
@@ -73,12 +74,25 @@ private slots:
         qputenv("XDG_DATA_HOME", home.path().toUtf8());
         const QString beside = QCoreApplication::applicationDirPath() + "/profiles";
         QDir(beside).removeRecursively();
-        writeFile(beside, "in the way");
-        const CommandCall demo = call({"demo", home.filePath("demo")});
-        const CommandCall info = call({"info", home.filePath("demo/demo.z64")});
-        QFile::remove(beside);
+        QDir().mkpath(beside);
+        const CommandCall shipped = call({"demo", home.filePath("demo")});
+        QFile::setPermissions(beside, QFile::ReadOwner | QFile::ExeOwner);
+        CommandCall read;
+        CommandCall demo;
+        CommandCall info;
+        {
+            const WithoutPrivileges unprivileged;
+            read = call({"list", home.filePath("demo/demo.z64")});
+            demo = call({"demo", home.filePath("demo")});
+            info = call({"info", home.filePath("demo/demo.z64")});
+        }
+        QFile::setPermissions(beside, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        QDir(beside).removeRecursively();
         qputenv("XDG_DATA_HOME", before);
 
+        QCOMPARE(shipped.err, QString());
+        QCOMPARE(read.err, QString());
+        QVERIFY(read.out.contains("Root/"));
         QCOMPARE(demo.err, QString());
         QVERIFY(QFile::exists(home.filePath("Brimholt/Quillary/profiles/NQDE0/default/fileList.xml")));
         QVERIFY(info.out.contains("Profiles in:    " + home.filePath("Brimholt/Quillary/profiles/") + '\n'));

@@ -49,14 +49,11 @@ inline QByteArray tableList(int textures)
 /// Heap bytes that the nodes of \a list keep once they are in no table any more.
 inline double nodeBytesOf(const QByteArray &list)
 {
-    QBuffer buffer;
-    buffer.setData(list);
-    buffer.open(QIODevice::ReadOnly);
     const qint64 before = heapBytes();
     auto *root = new fileTreeDirectory;
     root->isRoot = true;
     QString error;
-    if (!readFileList(&buffer, 1 << 24, root, nullptr, &error))
+    if (!readFileList(list, 1 << 24, root, nullptr, &error))
         qFatal("%s", qPrintable(error));
     root->directories.clear();
     return double(heapBytes() - before);

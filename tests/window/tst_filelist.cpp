@@ -3,10 +3,14 @@
 
 #include "support/boxes.h"
 #include "support/dialogs.h"
+#include "support/filesizelimit.h"
 #include "support/images.h"
 #include "support/messages.h"
+#include "support/permissions.h"
 
+#include <QElapsedTimer>
 #include <QHeaderView>
+#include <QLockFile>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QTreeWidget>
@@ -21,29 +25,6 @@ namespace
 constexpr int imageSize = 0x1000;
 const QString parseSignature = QStringLiteral("void MainWindow::parseXML(const QString &)");
 const QString createSignature = QStringLiteral("void MainWindow::createXMLFile(const QString &)");
-
-/// Makes writing fail beyond \a bytes of a file, as a full disk does.
-class FileSizeLimit
-{
-public:
-    explicit FileSizeLimit(rlim_t bytes) : m_handler(std::signal(SIGXFSZ, SIG_IGN))
-    {
-        getrlimit(RLIMIT_FSIZE, &m_before);
-        const rlimit limit {bytes, m_before.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FileSizeLimit()
-    {
-        setrlimit(RLIMIT_FSIZE, &m_before);
-        std::signal(SIGXFSZ, m_handler);
-    }
-    FileSizeLimit(const FileSizeLimit &) = delete;
-    FileSizeLimit &operator=(const FileSizeLimit &) = delete;
-
-private:
-    rlimit m_before;
-    void (*m_handler)(int);
-};
 
 void makeFile(const QString &path, const QByteArray &content)
 {
@@ -116,6 +97,10 @@ private slots:
     void unreadableListsAreReported();
     void malformedListsKeepWhatWasRead();
     void malformedListsAreKeptBesideTheirSuccessor();
+    void listsOfOthersAreKept_data();
+    void listsOfOthersAreKept();
+    void listsThatCannotBeKeptAreNotReplaced();
+    void waitsForAnotherProgram();
     void messagesShowNamesAsTheyAre();
 
     void writingReplacesTheFile();
@@ -368,10 +353,104 @@ void FileListTest::malformedListsAreKeptBesideTheirSuccessor()
     BoxAnswer box(QStringLiteral("OK"));
     m_window->parseXML(path);
     QVERIFY(box.answered());
-    QVERIFY(box.informativeText.contains(path + QStringLiteral(".damaged")));
+    QVERIFY(box.informativeText.contains(path + QStringLiteral(".damaged.2")));
     m_window->createXMLFile(path);
     QVERIFY(contentOf(path) != damaged);
-    QCOMPARE(contentOf(path + QStringLiteral(".damaged")), damaged);
+    QCOMPARE(contentOf(path + QStringLiteral(".damaged")), QByteArray("of an earlier time"));
+    QCOMPARE(contentOf(path + QStringLiteral(".damaged.2")), damaged);
+    QVERIFY(!QFile::exists(path + QStringLiteral(".1")));
+
+    // The same list again needs no further copy; a link is not written through.
+    QVERIFY(QFile::link(pathOf(QStringLiteral("outside")), path + QStringLiteral(".damaged.3")));
+    for (const QByteArray &list : {damaged, QByteArray("<root>other")}) {
+        makeFile(path, list);
+        BoxAnswer next(QStringLiteral("OK"));
+        m_window->parseXML(path);
+        QVERIFY(next.answered());
+    }
+    QCOMPARE(contentOf(path + QStringLiteral(".damaged.4")), QByteArray("<root>other"));
+    QVERIFY(!QFile::exists(path + QStringLiteral(".damaged.5")));
+    QVERIFY(!QFile::exists(pathOf(QStringLiteral("outside"))));
+}
+
+void FileListTest::listsOfOthersAreKept_data()
+{
+    QTest::addColumn<bool>("readBefore");
+    QTest::newRow("changed since it was read") << true;
+    QTest::newRow("never read") << false;
+}
+
+void FileListTest::listsOfOthersAreKept()
+{
+    QFETCH(bool, readBefore);
+    const QString path = pathOf(QStringLiteral("fileList.xml"));
+    if (readBefore) {
+        load(rooted("<texture name=\"T\"/>"));
+        m_window->createXMLFile(path);
+        m_window->createXMLFile(path);
+        QVERIFY(!QFile::exists(path + QStringLiteral(".1")));
+    }
+    makeFile(path, "another program's");
+    MessageCapture log;
+    m_window->createXMLFile(path);
+    QCOMPARE(contentOf(path + QStringLiteral(".1")), QByteArray("another program's"));
+    QCOMPARE(log.texts().filter(path + QStringLiteral(".1")).size(), 1);
+    const QByteArray own = contentOf(path);
+    QVERIFY(own.startsWith("<?xml"));
+    makeFile(path, "a third one's");
+    m_window->createXMLFile(path);
+    QCOMPARE(contentOf(path), own);
+    QCOMPARE(contentOf(path + QStringLiteral(".1")), QByteArray("another program's"));
+    QCOMPARE(contentOf(path + QStringLiteral(".2")), QByteArray("a third one's"));
+}
+
+void FileListTest::listsThatCannotBeKeptAreNotReplaced()
+{
+    const QString path = makeList("unreadable");
+    QVERIFY(QFile::setPermissions(path, QFile::WriteOwner));
+    const WithoutPrivileges unprivileged;
+    {
+        BoxAnswer box(QStringLiteral("OK"));
+        m_window->parseXML(path);
+        QCOMPARE(box.text, QStringLiteral("Couldn't open ") + path);
+    }
+    BoxAnswer box(QStringLiteral("OK"));
+    m_window->createXMLFile(path);
+    QVERIFY(box.answered());
+    QCOMPARE(box.title, QStringLiteral("createXMLFile"));
+    QCOMPARE(box.text, QStringLiteral("Couldn't open ") + path);
+    QVERIFY2(box.informativeText.startsWith(
+                 QLatin1String("The list that is there was not read whole, and no copy of it could be made")),
+             qPrintable(box.informativeText));
+    QVERIFY(QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner));
+    QCOMPARE(contentOf(path), QByteArray("unreadable"));
+    // Readable again, it is kept.
+    m_window->createXMLFile(path);
+    QCOMPARE(contentOf(path + QStringLiteral(".1")), QByteArray("unreadable"));
+    QVERIFY(contentOf(path).startsWith("<?xml"));
+}
+
+/// Two programs that write the same list wait for each other; a lock whose program has ended is ignored.
+void FileListTest::waitsForAnotherProgram()
+{
+    const QString path = pathOf(QStringLiteral("out.xml"));
+    QLockFile other(path + QStringLiteral(".lock"));
+    QVERIFY(other.tryLock(0));
+    {
+        BoxAnswer box(QStringLiteral("OK"));
+        QElapsedTimer time;
+        time.start();
+        m_window->createXMLFile(path);
+        QVERIFY(box.answered());
+        QVERIFY2(box.informativeText.contains(path + QStringLiteral(".lock")), qPrintable(box.informativeText));
+        QVERIFY(time.elapsed() >= 4500 && time.elapsed() < 10000);
+        QVERIFY(!QFile::exists(path));
+    }
+    other.unlock();
+    makeFile(path + QStringLiteral(".lock"), "999999999\nquillary\n" + QSysInfo::machineHostName().toUtf8() + "\n");
+    m_window->createXMLFile(path);
+    QVERIFY(QFile::exists(path));
+    QVERIFY(!QFile::exists(path + QStringLiteral(".lock")));
 }
 
 void FileListTest::messagesShowNamesAsTheyAre()
@@ -444,9 +523,9 @@ void FileListTest::unwritableListsAreReported()
 
 void FileListTest::aFullDiskLeavesTheOldList()
 {
-    load(rooted(QByteArray("<texture name=\"A name of some length\"/>").repeated(2000)));
-    const QString path = pathOf(QStringLiteral("out.xml"));
-    makeFile(path, "old");
+    const QByteArray old = rooted(QByteArray("<texture name=\"A name of some length\"/>").repeated(2000));
+    load(old);
+    const QString path = pathOf(QStringLiteral("fileList.xml"));
     const QStringList before = QDir(m_folder->path()).entryList();
     MessageCapture log;
     BoxAnswer box(QStringLiteral("OK"));
@@ -458,7 +537,7 @@ void FileListTest::aFullDiskLeavesTheOldList()
     QCOMPARE(box.title, QStringLiteral("createXMLFile"));
     QCOMPARE(box.text, QStringLiteral("Couldn't open ") + path);
     QCOMPARE(log.textsOf(createSignature), QStringList {QStringLiteral("error")});
-    QCOMPARE(contentOf(path), QByteArray("old"));
+    QCOMPARE(contentOf(path), old);
     QCOMPARE(QDir(m_folder->path()).entryList(), before);
 }
 

@@ -3,8 +3,10 @@
 
 #include "support/boxes.h"
 #include "support/dialogs.h"
+#include "support/filesizelimit.h"
 #include "support/images.h"
 #include "support/messages.h"
+#include "support/permissions.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -104,6 +106,23 @@ QString captionIn(const QWidget *box, int row, int column)
 }
 }
 
+/// Nothing can be created in a folder while it exists.
+class ReadOnlyFolder
+{
+public:
+    explicit ReadOnlyFolder(const QString &path) : m_path(path)
+    {
+        QFile::setPermissions(path, QFile::ReadOwner | QFile::ExeOwner);
+    }
+    ~ReadOnlyFolder() { QFile::setPermissions(m_path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner); }
+    ReadOnlyFolder(const ReadOnlyFolder &) = delete;
+    ReadOnlyFolder &operator=(const ReadOnlyFolder &) = delete;
+
+private:
+    QString m_path;
+    WithoutPrivileges m_unprivileged;
+};
+
 class ProfilesTest : public QObject
 {
     Q_OBJECT
@@ -137,6 +156,7 @@ private slots:
     void malformedSettingsAreReported();
     void changesSettings();
     void unwritableSettingsStayInForce();
+    void failedSettingsWriteIsLogged();
 
     void createsAProfile();
     void newProfileCanBeCancelled();
@@ -144,6 +164,7 @@ private slots:
     void refusesInvalidNames();
     void acceptsOddNames_data();
     void acceptsOddNames();
+    void refusesExistingProfiles_data();
     void refusesExistingProfiles();
     void reportsProfilesThatCannotBeMade();
 
@@ -154,6 +175,10 @@ private slots:
     void loadingStopsWhenSavingFails();
     void loadingCopesWithAVanishedFolder();
 
+    void namesTheLinkToAListOutside();
+    void savingOverAListThatWasNotReadKeepsIt();
+    void keepsATableWithoutAnIdentifier();
+    void closingWhileOpeningWritesNoOtherTable();
     void savesAProfile();
     void savingOverAnotherAsks();
     void failedSavingKeepsTheNotice_data();
@@ -418,7 +443,7 @@ void ProfilesTest::cartridgeLeadingOutsideIsRefused_data()
     QTest::addColumn<QString>("romID");
     QTest::newRow("above") << QStringLiteral("..");
     QTest::newRow("elsewhere") << QStringLiteral("../x0");
-    QTest::newRow("no name") << QString();
+    QTest::newRow("the profiles folder itself") << QStringLiteral(".");
 }
 
 void ProfilesTest::cartridgeLeadingOutsideIsRefused()
@@ -478,19 +503,25 @@ void ProfilesTest::profilesGoToTheUserWhereTheFolderCannotBeWritten()
 {
     const QTemporaryDir home;
     qputenv("XDG_DATA_HOME", home.path().toUtf8());
-    makeFile(base().chopped(1), "in the way");
+    makeFile(listOf(QStringLiteral("default")), listWith("shipped"));
+    const ReadOnlyFolder readOnly(base());
     BoxRecorder recorder;
     m_window.reset(new MainWindow);
     QCOMPARE(status(), QStringLiteral("Ready"));
     m_window->readProfiles();
     m_window->loadProfile();
+    QCOMPARE(texturesInTable(), QStringList {QStringLiteral("shipped")});
     addTextureToTable(QStringLiteral("kept"));
     m_window->saveProfile();
     QCOMPARE(recorder.boxes, QStringList());
     const QString folder = home.filePath(QStringLiteral("Brimholt/Quillary/profiles/") + currentROM.romID);
     QVERIFY(QFile::exists(folder + QStringLiteral("/settings.xml")));
     QVERIFY(contentOf(folder + QStringLiteral("/default/fileList.xml")).contains("kept"));
-    QCOMPARE(contentOf(base().chopped(1)), QByteArray("in the way"));
+    QCOMPARE(contentOf(listOf(QStringLiteral("default"))), listWith("shipped"));
+    // From now on the user's own counts.
+    m_window->readProfiles();
+    m_window->loadProfile();
+    QCOMPARE(texturesInTable(), (QStringList {QStringLiteral("shipped"), QStringLiteral("kept")}));
 }
 
 void ProfilesTest::saysWhereProfilesAreKept_data()
@@ -511,9 +542,9 @@ void ProfilesTest::saysWhereProfilesAreKept()
     const QTemporaryDir folder;
     const QString data = folder.filePath(home);
     if (!home.isEmpty()) {
-        QVERIFY(QDir().mkpath(data));
+        QVERIFY(QDir().mkpath(data) && QDir().mkpath(base()));
         qputenv("XDG_DATA_HOME", data.toUtf8());
-        makeFile(base().chopped(1), "in the way");
+        const ReadOnlyFolder readOnly(base());
         m_window.reset(new MainWindow);
     }
     shown.replace(QLatin1String("%1"), base());
@@ -618,6 +649,24 @@ void ProfilesTest::unwritableSettingsStayInForce()
     QVERIFY(!currentROM.autosave);
 }
 
+void ProfilesTest::failedSettingsWriteIsLogged()
+{
+    const QString signature = QStringLiteral("void MainWindow::saveProfileSettings()");
+    m_window->readProfiles();
+    const QByteArray before = contentOf(inCartridge(QStringLiteral("settings.xml")));
+    MessageCapture log;
+    {
+        const FileSizeLimit full(20);
+        BoxAnswer box(QStringLiteral("OK"));
+        m_window->setAutosaveProfile(0);
+        QVERIFY(box.answered());
+    }
+    QCOMPARE(log.textsOf(signature).count(QStringLiteral("error")), 1);
+    QCOMPARE(contentOf(inCartridge(QStringLiteral("settings.xml"))), before);
+    m_window->setAutosaveProfile(0);
+    QCOMPARE(log.textsOf(signature).count(QStringLiteral("error")), 1);
+}
+
 void ProfilesTest::createsAProfile()
 {
     openTwoProfiles();
@@ -668,7 +717,7 @@ void ProfilesTest::newProfileCanBeCancelled()
 void ProfilesTest::refusesInvalidNames_data()
 {
     QTest::addColumn<QString>("name");
-    for (const char *name : {"a/b", "a:b", "a*b", "a?b", "a<b", "a>b", "a|b", "/", "../x", "..", "."})
+    for (const char *name : {"a/b", "a:b", "a*b", "a?b", "a<b", "a>b", "a|b", "/", "../x"})
         QTest::newRow(name) << QString::fromLatin1(name);
 }
 
@@ -713,11 +762,19 @@ void ProfilesTest::acceptsOddNames()
     QVERIFY(itemsOf(profileBox()).contains(name));
 }
 
+void ProfilesTest::refusesExistingProfiles_data()
+{
+    QTest::addColumn<QString>("name");
+    for (const char *name : {"other", ".", ".."})
+        QTest::newRow(name) << QString::fromLatin1(name);
+}
+
 void ProfilesTest::refusesExistingProfiles()
 {
     openTwoProfiles();
-    DialogAnswer<QInputDialog> dialog([](QInputDialog *shown) {
-        shown->setTextValue(QStringLiteral("other"));
+    QFETCH(QString, name);
+    DialogAnswer<QInputDialog> dialog([name](QInputDialog *shown) {
+        shown->setTextValue(name);
         shown->accept();
     });
     BoxAnswer box(QStringLiteral("OK"));
@@ -833,6 +890,88 @@ void ProfilesTest::loadingCopesWithAVanishedFolder()
     m_window->loadProfile();
     QCOMPARE(currentROM.profileName, QStringLiteral("other"));
     QCOMPARE(texturesInTable(), QStringList());
+}
+
+void ProfilesTest::namesTheLinkToAListOutside()
+{
+    openTwoProfiles();
+    QTemporaryDir outside;
+    makeFile(outside.filePath(QStringLiteral("list.xml")), listWith("stolen"));
+    const QString list = listOf(QStringLiteral("other"));
+    QVERIFY(QFile::remove(list) && QFile::link(outside.filePath(QStringLiteral("list.xml")), list));
+    select(QStringLiteral("other"));
+    {
+        BoxAnswer box(QStringLiteral("OK"));
+        m_window->loadProfile();
+        QVERIFY(box.answered());
+        QCOMPARE(box.title, QStringLiteral("parseXML"));
+        QCOMPARE(box.text, QStringLiteral("Couldn't open ") + list);
+        QCOMPARE(box.informativeText, list + QStringLiteral(" is a link that leads out of the profiles folder."));
+    }
+    QCOMPARE(texturesInTable(), QStringList());
+    BoxAnswer box(QStringLiteral("OK"));
+    m_window->saveProfile();
+    QCOMPARE(box.title, QStringLiteral("createXMLFile"));
+    QCOMPARE(box.informativeText, list + QStringLiteral(" is a link that leads out of the profiles folder."));
+    QCOMPARE(contentOf(outside.filePath(QStringLiteral("list.xml"))), listWith("stolen"));
+}
+
+void ProfilesTest::savingOverAListThatWasNotReadKeepsIt()
+{
+    openTwoProfiles();
+    select(QStringLiteral("other"));
+    BoxAnswer box(QStringLiteral("Save"));
+    m_window->saveProfile();
+    QCOMPARE(contentOf(listOf(QStringLiteral("other")) + QStringLiteral(".1")), listWith("o"));
+    m_window->saveProfile();
+    QVERIFY(!QFile::exists(listOf(QStringLiteral("other")) + QStringLiteral(".2")));
+}
+
+/// A cartridge without an identifier has a folder of its own, and its table can be kept.
+void ProfilesTest::keepsATableWithoutAnIdentifier()
+{
+    currentROM.romID.clear();
+    BoxRecorder recorder;
+    m_window->readProfiles();
+    m_window->loadProfile();
+    changeTable();
+    m_window->saveProfile();
+    m_window->loadProfile();
+    QCOMPARE(recorder.boxes, QStringList());
+    QCOMPARE(texturesInTable(), QStringList {QStringLiteral("changed")});
+    QCOMPARE(QDir(base()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList {QStringLiteral("(no identifier)")});
+}
+
+/// The window may be told to close while opening an image shows a box: the table is still that of the image before.
+void ProfilesTest::closingWhileOpeningWritesNoOtherTable()
+{
+    QTemporaryDir images;
+    const QString first = images.filePath(QStringLiteral("first.z64"));
+    const QString second = images.filePath(QStringLiteral("second.z64"));
+    makeFile(first, cartridgeImage(0x1000, "NQLE", 0));
+    makeFile(second, cartridgeImage(0x1000, "OTHR", 1));
+    const QString otherList = base() + QStringLiteral("OTHR1/default/fileList.xml");
+    makeFile(otherList, listWith("others"));
+    makeFile(base() + QStringLiteral("OTHR1/settings.xml"), "<settings>");
+    currentROM.loaded = false;
+    m_window->loadFile(first);
+    changeTable();
+    QString romID;
+    DialogAnswer<QMessageBox> box([&](QMessageBox *shown) {
+        romID = currentROM.romID;
+        m_window->close();
+        shown->accept();
+    });
+    m_window->loadFile(second);
+    QVERIFY(box.answered());
+    QCOMPARE(romID, QStringLiteral("OTHR1"));
+    QCOMPARE(contentOf(otherList), listWith("others"));
+    QVERIFY(contentOf(listOf(QStringLiteral("default"))).contains("changed"));
+    QCOMPARE(texturesInTable(), QStringList {QStringLiteral("others")});
+    // The opened image's table is written again.
+    changeTable();
+    m_window->close();
+    QVERIFY(contentOf(otherList).contains("changed"));
 }
 
 void ProfilesTest::savesAProfile()

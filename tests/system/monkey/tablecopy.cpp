@@ -41,10 +41,8 @@ void TableCopy::copyContents(const fileTreeDirectory &source)
 
 bool TableCopy::read(const QByteArray &list, int imageSize)
 {
-    QBuffer buffer;
-    buffer.setData(list);
     QString error;
-    return buffer.open(QIODevice::ReadOnly) && readFileList(&buffer, imageSize, m_root, nullptr, &error);
+    return readFileList(list, imageSize, m_root, nullptr, &error);
 }
 
 QByteArray TableCopy::written()

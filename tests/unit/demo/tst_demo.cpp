@@ -120,7 +120,7 @@ void tst_Demo::init()
     QFile list(listPath());
     QVERIFY(list.open(QIODevice::ReadOnly));
     QString error;
-    QVERIFY2(readFileList(&list, currentROM.data.size(), currentROM.root, nullptr, &error), qPrintable(error));
+    QVERIFY2(readFileList(list.readAll(), currentROM.data.size(), currentROM.root, nullptr, &error), qPrintable(error));
 }
 
 void tst_Demo::headerNamesTheCartridge()

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "persist/profilesfolder.h"
 
+#include "support/permissions.h"
+
 #include <QDir>
 #include <QFile>
 #include <QStandardPaths>
@@ -17,8 +19,9 @@ private slots:
 
     void besideTheProgramComesFirst_data();
     void besideTheProgramComesFirst();
-    void whatCannotBeWrittenIsPassedOver_data();
-    void whatCannotBeWrittenIsPassedOver();
+    void withoutPermissionTheUsersFolderIsTaken();
+    void whatIsOtherwiseUnusableStays_data();
+    void whatIsOtherwiseUnusableStays();
     void whereNeitherCanBeWrittenTheFirstStays();
     void aRelativePlaceIsNone();
     void theUsersFolderIsThatOfTheWindow();
@@ -70,20 +73,32 @@ void ProfilesFolderTest::besideTheProgramComesFirst()
     QVERIFY(QDir(path("program/profiles")).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot));
 }
 
-void ProfilesFolderTest::whatCannotBeWrittenIsPassedOver_data()
+void ProfilesFolderTest::withoutPermissionTheUsersFolderIsTaken()
+{
+    QVERIFY(QDir().mkpath(path("program")));
+    const QFile::Permissions readOnly = QFile::ReadOwner | QFile::ExeOwner;
+    QVERIFY(QFile::setPermissions(path("program"), readOnly));
+    const WithoutPrivileges unprivileged;
+    const ProfilesFolder chosen = chooseProfilesFolder(path("program/profiles/"), ofUser());
+    QVERIFY(QFile::setPermissions(path("program"), readOnly | QFile::WriteOwner));
+    QCOMPARE(chosen.path, ofUser());
+    QCOMPARE(chosen.unwritable, path("program/profiles/"));
+    QCOMPARE(entries(), QStringList {"program"});
+}
+
+void ProfilesFolderTest::whatIsOtherwiseUnusableStays_data()
 {
     QTest::addColumn<QString>("besideProgram");
     QTest::newRow("a file in its place") << QStringLiteral("file/");
     QTest::newRow("a file on the way") << QStringLiteral("file/below/profiles/");
     QTest::newRow("a link to nowhere") << QStringLiteral("link/");
-    // Its permissions let a privileged user write, and yet nothing can be created.
     QTest::newRow("no place for files") << QStringLiteral("/proc/profiles/");
 }
 
-void ProfilesFolderTest::whatCannotBeWrittenIsPassedOver()
+void ProfilesFolderTest::whatIsOtherwiseUnusableStays()
 {
-    if (QByteArray(QTest::currentDataTag()) == "no place for files" && !QDir("/proc/self").exists())
-        QSKIP("there is no /proc");
+    if (QByteArray(QTest::currentDataTag()) == "no place for files" && (!QDir("/proc/self").exists() || geteuid() != 0))
+        QSKIP("only root lacks no permission in /proc");
     QFETCH(QString, besideProgram);
     if (QDir::isRelativePath(besideProgram))
         besideProgram = path(besideProgram);
@@ -91,8 +106,8 @@ void ProfilesFolderTest::whatCannotBeWrittenIsPassedOver()
     QVERIFY(QFile::link(path("gone"), path("link")));
     const QStringList before = entries();
     const ProfilesFolder chosen = chooseProfilesFolder(besideProgram, ofUser());
-    QCOMPARE(chosen.path, ofUser());
-    QCOMPARE(chosen.unwritable, besideProgram);
+    QCOMPARE(chosen.path, besideProgram);
+    QCOMPARE(chosen.unwritable, QString());
     QCOMPARE(entries(), before);
 }
 
