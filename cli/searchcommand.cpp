@@ -9,6 +9,8 @@
 #include "codec/pictureloader.h"
 #include "model/rom.h"
 #include "model/tablewalk.h"
+#include "search/blocktexturesearch.h"
+#include "search/compressedblocks.h"
 #include "search/indexedtextures.h"
 #include "search/picturefiles.h"
 #include "search/searchobserver.h"
@@ -113,6 +115,8 @@ public:
     QVector<SearchedPicture> pictures;
     QVector<Hit> hits;
     QVector<IndexedRefusal> refusals;
+    QVector<CompressedBlock> blocks; ///< Those searched, with --blocks.
+    QVector<BlockHit> blockHits; ///< The picture is a place in the list of pictures.
     int added = 0;
     int overwritten = 0;
 
@@ -193,6 +197,17 @@ QJsonObject json(const SearchReport &report, const fileTreeDirectory &folder)
         }
         hits.append(object);
     }
+    QJsonArray blockHits;
+    for (const BlockHit &hit : report.blockHits) {
+        const CompressedBlock &block = report.blocks.at(hit.block);
+        blockHits.append(QJsonObject {{QStringLiteral("picture"), report.pictures.at(hit.picture).path},
+                                      {QStringLiteral("format"), hit.format},
+                                      {QStringLiteral("block"), block.address},
+                                      {QStringLiteral("kind"), blockKindName(block.kind)},
+                                      {QStringLiteral("offset"), hit.offset},
+                                      {QStringLiteral("width"), hit.width},
+                                      {QStringLiteral("height"), hit.height}});
+    }
     QJsonArray refused;
     for (const IndexedRefusal &refusal : report.refusals)
         refused.append(QJsonObject {{QStringLiteral("picture"), report.pictures.value(refusal.picture).path},
@@ -203,6 +218,8 @@ QJsonObject json(const SearchReport &report, const fileTreeDirectory &folder)
             {QStringLiteral("pictures"), pictures},
             {QStringLiteral("hits"), hits},
             {QStringLiteral("refused"), refused},
+            {QStringLiteral("blocks"), report.blocks.size()},
+            {QStringLiteral("blockHits"), blockHits},
             {QStringLiteral("added"), report.added},
             {QStringLiteral("overwritten"), report.overwritten}};
 }
@@ -217,16 +234,26 @@ QString paletteText(const Hit &hit)
     return text;
 }
 
+void printHit(int address, const QString &format, int width, int height, const QString &picture, QTextStream &out)
+{
+    out << hexNumber(address) << QLatin1String("  ") << format.leftJustified(8) << QLatin1String("  ")
+        << QStringLiteral("%1x%2").arg(width).arg(height).leftJustified(11) << QLatin1String("  ") << printable(picture);
+}
+
 void printText(const SearchReport &report, const fileTreeDirectory &folder, QTextStream &out)
 {
     for (const Hit &hit : report.hits) {
         const SearchedPicture &picture = report.pictures.at(hit.picture);
-        const QString size = QStringLiteral("%1x%2").arg(picture.size.width()).arg(picture.size.height());
-        out << hexNumber(folder.realAddress() + hit.position) << QLatin1String("  ") << hit.format.leftJustified(8)
-            << QLatin1String("  ") << size.leftJustified(11) << QLatin1String("  ") << printable(picture.path);
+        printHit(folder.realAddress() + hit.position, hit.format, picture.size.width(), picture.size.height(), picture.path, out);
         if (isIndexed(hit))
             out << paletteText(hit);
         out << '\n';
+    }
+    for (const BlockHit &hit : report.blockHits) {
+        const CompressedBlock &block = report.blocks.at(hit.block);
+        printHit(block.address, hit.format, hit.width, hit.height, report.pictures.at(hit.picture).path, out);
+        out << QStringLiteral("  in the %1 block at %2, offset %3\n")
+                   .arg(blockKindName(block.kind), hexNumber(block.address), hexNumber(hit.offset));
     }
     for (const IndexedRefusal &refusal : report.refusals)
         out << QLatin1String("Not searched for as ") << refusal.format << QLatin1String(", since ") << refusal.reason
@@ -235,8 +262,38 @@ void printText(const SearchReport &report, const fileTreeDirectory &folder, QTex
         if (picture.readable && picture.copies == 0)
             out << QLatin1String("Not found: ") << printable(picture.path) << '\n';
     }
-    out << (report.hits.size() == 1 ? QStringLiteral("1 copy") : QStringLiteral("%1 copies").arg(report.hits.size()))
-        << QLatin1String(" found of ") << counted(report.pictures.size(), QStringLiteral("picture")) << '\n';
+    const int copies = report.hits.size() + report.blockHits.size();
+    out << (copies == 1 ? QStringLiteral("1 copy") : QStringLiteral("%1 copies").arg(copies)) << QLatin1String(" found of ")
+        << counted(report.pictures.size(), QStringLiteral("picture")) << '\n';
+}
+
+/// Looks for the pictures, without those that are no longer searched for, inside the compressed blocks that begin in \a folder's
+/// range.
+void searchBlocks(const Arguments &arguments, const fileTreeDirectory &folder, const QMap<QString, textureFormat> &formats,
+                  SearchReport *report, QTextStream &err)
+{
+    TerminalProgress progress(err);
+    progress.setLabel(QStringLiteral("Searching in compressed blocks"));
+    const qint64 begin = folder.realAddress();
+    const QVector<CompressedBlock> all = findBlocks(currentROM.data, &progress).blocks;
+    for (const CompressedBlock &block : all) {
+        if (block.address >= begin && block.address < begin + folder.size)
+            report->blocks.append(block);
+    }
+    const bool firstOnly = arguments.isSet("first-only");
+    QStringList files;
+    QVector<int> places;
+    for (int i = 0; i < report->pictures.size(); ++i) {
+        if (firstOnly && report->pictures.at(i).copies > 0)
+            continue;
+        files.append(report->pictures.at(i).path);
+        places.append(i);
+    }
+    report->blockHits = searchInBlocks(currentROM.data, report->blocks, files, formats, firstOnly, &progress);
+    for (BlockHit &hit : report->blockHits) {
+        hit.picture = places.at(hit.picture);
+        ++report->pictures[hit.picture].copies;
+    }
 }
 
 /// Searches \a folder, says what was found, and puts it into the file list when that is wanted.
@@ -264,6 +321,14 @@ int search(const Arguments &arguments, fileTreeDirectory *folder, const QStringL
         report.overwritten += entries.overwritten;
     }
     report.clearProgress();
+    if (arguments.isSet("blocks"))
+        searchBlocks(arguments, *folder, formats, &report, streams.err);
+    if (arguments.isSet("blocks") && (indexed.ci4 || indexed.ci8))
+        streams.remark(
+            QStringLiteral("Inside of compressed blocks there is no search in ci4 and ci8: unpack them and search their files"));
+    if (adding && !report.blockHits.isEmpty())
+        streams.remark(
+            QStringLiteral("What was found inside of compressed blocks is not added: unpack them and search their files"));
 
     bool allReadable = true;
     for (const SearchedPicture &picture : qAsConst(report.pictures)) {
@@ -326,6 +391,7 @@ Command searchCommand()
          QStringLiteral("FORMATS")},
         {QStringLiteral("without-palette"),
          QStringLiteral("With --add, also add copies in ci4 and ci8 for which no palette was found.")},
+        {QStringLiteral("blocks"), QStringLiteral("Search also inside the compressed blocks of the range.")},
         {QStringLiteral("first-only"), QStringLiteral("End the search for a picture after its first copy.")},
         {QStringLiteral("no-subfolders"), QStringLiteral("Leave out pictures in the subfolders of the folders given.")},
         {QStringLiteral("add"), QStringLiteral("Add the copies found to the profile's file list, in the folder searched.")},

@@ -65,7 +65,8 @@ private slots:
     void everyJsonKeyIsDocumented()
     {
         QByteArray image = bootImage(0x90BB6CB5);
-        image.replace(image.size() - 64, 64, packedBlock(BlockKind::Yaz0, "content").leftJustified(64, '\0'));
+        image.replace(image.size() - 64, 64,
+                      packedBlock(BlockKind::Yaz0, QByteArray("content") + QByteArray(16, '\xFF')).leftJustified(64, '\0'));
         const ProfileFolder folder(image);
         folder.addProfile("<texture name=\"x\" address=\"0x2000\" format=\"i8\" width=\"2\" height=\"2\"/>"
                           "<texture name=\"y\" address=\"0x2000\" format=\"rgba32\" width=\"2\" height=\"2\"/>"
@@ -75,9 +76,9 @@ private slots:
         picture.fill(Qt::white);
         QVERIFY(picture.save(folder.path("in/x.png")));
         QSet<QString> keys;
-        for (const QStringList &more :
-             {QStringList {"info"}, QStringList {"list"}, QStringList {"verify", "--gaps"},
-              QStringList {"search", folder.path("in")}, QStringList {"import-folder", folder.path("in"), "--in-place"}}) {
+        for (const QStringList &more : {QStringList {"info"}, QStringList {"list"}, QStringList {"verify", "--gaps"},
+                                        QStringList {"search", folder.path("in"), "--blocks"},
+                                        QStringList {"import-folder", folder.path("in"), "--in-place"}}) {
             collectKeys(folder.call(more.first(), more.mid(1) + QStringList {"--json"}).json(), &keys);
         }
         collectKeys(call({"checksum", "--json", folder.imagePath()}).json(), &keys);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "profilefolder.h"
 
+#include "codec/compressedblock.h"
 #include "support/images.h"
 
 #include <QImage>
@@ -205,6 +206,41 @@ private slots:
         QCOMPARE(fileBytes(m_folder->fileListPath()).count("<texture"), 4);
         QCOMPARE(call({path("other.png"), "--in", "D", "--add", "--duplicates", "ignore", "--json"}).json()["added"].toInt(), 0);
         QCOMPARE(fileBytes(m_folder->fileListPath()).count("<texture"), 4);
+    }
+
+    void looksInsideBlocks()
+    {
+        QByteArray content(0x123, '\x05');
+        content += bytesRgba32(3) + bytesI8(1);
+        const QByteArray block = packedBlock(BlockKind::Yaz0, content);
+        QByteArray image = fileBytes(m_folder->imagePath());
+        image.replace(0x6000, block.size(), block);
+        m_folder->addPart("game.z64", image);
+        QVERIFY(call({path("in/deep/three.png")}).out.contains("Not found"));
+        const CommandCall found = call({path("in/deep/three.png"), path("one.png"), "--blocks"});
+        QCOMPARE(found.status, 0);
+        QVERIFY2(found.out.contains("0x00006000  rgba32    4x4          " + path("in/deep/three.png")
+                                    + "  in the Yaz0 block at 0x00006000, offset 0x00000123\n"),
+                 qPrintable(found.out));
+        QVERIFY(found.out.contains("0x00006000  i8        4x4          " + path("one.png")
+                                   + "  in the Yaz0 block at 0x00006000, offset 0x00000163\n"));
+        QVERIFY(found.out.endsWith("5 copies found of 2 pictures\n"));
+        QVERIFY(!found.out.contains("Not found"));
+
+        const QJsonObject json = call({path("in/deep/three.png"), path("one.png"), "--blocks", "--first-only", "--json"}).json();
+        QCOMPARE(json["blocks"].toInt(), 1);
+        QCOMPARE(json["hits"].toArray().size(), 1);
+        QCOMPARE(json["blockHits"].toArray().size(), 1);
+        const QJsonObject hit = json["blockHits"].toArray().at(0).toObject();
+        QCOMPARE(hit["picture"].toString(), path("in/deep/three.png"));
+        QCOMPARE(hit["block"].toInt(), 0x6000);
+        QCOMPARE(hit["kind"].toString(), QString("Yaz0"));
+        QCOMPARE(hit["offset"].toInt(), 0x123);
+        // The block lies outside the folder; and nothing of it becomes an entry of the image.
+        QCOMPARE(call({path("one.png"), "--blocks", "--in", "D", "--json"}).json()["blocks"].toInt(), 0);
+        const CommandCall added = call({path("in/deep/three.png"), "--blocks", "--add"});
+        QVERIFY2(added.err.contains("is not added"), qPrintable(added.err));
+        QVERIFY(!fileBytes(m_folder->fileListPath()).contains("three"));
     }
 
     void addStartsAProfile()
