@@ -16,12 +16,21 @@ bool isDeflate(BlockKind kind)
     return kind == BlockKind::Gzip || kind == BlockKind::Zlib;
 }
 
-/// What of the header the format leaves open, as \a original has it.
-QByteArray withHeaderOf(const QByteArray &original, BlockKind kind, QByteArray block)
+QByteArray encoded(BlockKind kind, const QByteArray &content, const QByteArray &original)
 {
+    if (isDeflate(kind))
+        return deflateblock::encoded(kind, content, original);
+    QByteArray block = lzblock::encoded(kind, content);
+    // What the format leaves open.
     if (kind == BlockKind::Yaz0 && original.size() >= lzblock::headerBytes)
         block.replace(yaz0ReservedOffset, 8, original.mid(yaz0ReservedOffset, 8));
     return block;
+}
+
+bool isBlockOf(const QByteArray &block, BlockKind kind, const QByteArray &content)
+{
+    const std::optional<CompressedBlock> decoded = blockAt(block, 0);
+    return decoded && decoded->kind == kind && decoded->packedSize == block.size() && unpackedBlock(block, *decoded) == content;
 }
 }
 
@@ -79,10 +88,9 @@ QByteArray packedBlock(BlockKind kind, const QByteArray &content, const QByteArr
 {
     if (content.isEmpty() || content.size() > mostUnpackedBytes)
         return QByteArray();
-    QByteArray block = isDeflate(kind) ? deflateblock::encoded(kind, content, original)
-                                       : withHeaderOf(original, kind, lzblock::encoded(kind, content));
-    const std::optional<CompressedBlock> decoded = blockAt(block, 0);
-    const bool same =
-        decoded && decoded->kind == kind && decoded->packedSize == block.size() && unpackedBlock(block, *decoded) == content;
-    return same ? block : QByteArray();
+    const QByteArray block = encoded(kind, content, original);
+    if (isBlockOf(block, kind, content))
+        return block;
+    // A header that was damaged, or no header at all, is nothing to keep.
+    return original.isEmpty() ? QByteArray() : packedBlock(kind, content);
 }

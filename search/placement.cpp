@@ -17,13 +17,16 @@ constexpr int fewestValuesOfAnchor = 8;
 constexpr int surroundingBytes = 256;
 constexpr int fewestSurroundingBytes = 64;
 
-/// The number of different values among the first \a size bytes, as far as it matters.
+/// The number of different values among the \a size bytes, of which so many are looked at that it can matter.
 int differentValues(const char *bytes, qint64 size)
 {
     std::bitset<256> seen;
-    for (qint64 i = 0; i < qMin<qint64>(size, 4096); ++i)
+    int count = 0;
+    for (qint64 i = 0; i < qMin<qint64>(size, 4096) && count < fewestValuesOfAnchor; ++i) {
+        count += seen.test(uchar(bytes[i])) ? 0 : 1;
         seen.set(uchar(bytes[i]));
-    return int(seen.count());
+    }
+    return count;
 }
 
 bool isFlat(const char *bytes, int size)
@@ -162,8 +165,10 @@ Place Placement::placeOf(const Piece &piece, const Copies &copies) const
     if (reaching >= behind)
         return placeBetween(piece, copies, before, reaching == m_stretches.cend() ? nullptr : &*reaching);
     // One stretch has it, or several: at the border of two, what is the same on both sides may belong to either.
-    if (reaching->displacement == before.displacement)
-        return found(piece, before.displacement);
+    if (reaching->displacement == before.displacement) {
+        const bool isSure = copies.isSearched || isInTheMiddle(piece, before);
+        return isSure ? found(piece, before.displacement) : Place {PlaceState::Ambiguous, int(piece.begin + before.displacement)};
+    }
     if (copies.areUnique())
         return found(piece, qint64(copies.positions[0]) - piece.begin);
     return {PlaceState::Ambiguous, int(piece.begin + reaching->displacement)};
@@ -246,6 +251,19 @@ bool Placement::hasEqualSurroundings(const Piece &piece, qint64 displacement) co
     return bytesBefore + bytesBehind >= fewestSurroundingBytes
         && differentValues(bytes + begin, bytesBefore) + differentValues(bytes + piece.end(), bytesBehind)
         >= fewestValuesOfAnchor;
+}
+
+/// Whether \a stretch tells something on both sides of the piece. A flat one at its end may have moved with what follows: what is
+/// put between two flat things is often flat as well.
+bool Placement::isInTheMiddle(const Piece &piece, const Stretch &stretch) const
+{
+    constexpr qint64 mostBytes = 4096;
+    const char *bytes = m_old.constData();
+    const qint64 first = qMax(stretch.begin, piece.begin - mostBytes);
+    const bool before = stretch.begin == 0 || differentValues(bytes + first, piece.begin - first) >= fewestValuesOfAnchor;
+    return before
+        && (stretch.end == m_old.size()
+            || differentValues(bytes + piece.end(), stretch.end - piece.end()) >= fewestValuesOfAnchor);
 }
 
 int Placement::equalBytes(const Piece &piece, qint64 displacement) const

@@ -79,6 +79,7 @@ private:
     bool isInsideNew(const Piece &piece, qint64 displacement) const;
     bool isEqualAt(const Piece &piece, qint64 displacement) const;
     bool hasEqualSurroundings(const Piece &piece, qint64 displacement) const;
+    bool isInTheMiddle(const Piece &piece, const Stretch &stretch) const;
     int equalBytes(const Piece &piece, qint64 displacement) const;
     qint64 followForwards(qint64 from, qint64 to, qint64 displacement) const;
     qint64 followBackwards(qint64 from, qint64 to, qint64 displacement) const;
