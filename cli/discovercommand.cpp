@@ -8,6 +8,7 @@
 #include "cli/profile.h"
 #include "model/rom.h"
 #include "model/textureformat.h"
+#include "search/compressedblocks.h"
 #include "search/discovery.h"
 #include "transfer/gallery.h"
 
@@ -69,17 +70,35 @@ QJsonObject neighbourhoodJson(const Neighbourhood &neighbourhood)
             {QStringLiteral("second"), baseJson(neighbourhood.base.hasSecond, neighbourhood.base.second)}};
 }
 
-QJsonObject json(const Discovery &discovery, int added)
+/// What was found inside of a compressed block; all addresses count from the beginning of what it unpacks to.
+struct BlockDiscovery
+{
+    CompressedBlock block;
+    Discovery discovery;
+};
+
+QJsonArray texturesJson(const Discovery &discovery)
 {
     QJsonArray textures;
     for (const DiscoveredTexture &texture : discovery.textures)
         textures.append(textureJson(texture));
+    return textures;
+}
+
+QJsonObject json(const Discovery &discovery, const QVector<BlockDiscovery> &blocks, int added)
+{
     QJsonArray neighbourhoods;
     for (const Neighbourhood &neighbourhood : discovery.neighbourhoods)
         neighbourhoods.append(neighbourhoodJson(neighbourhood));
+    QJsonArray inBlocks;
+    for (const BlockDiscovery &one : blocks)
+        inBlocks.append(QJsonObject {{QStringLiteral("block"), one.block.address},
+                                     {QStringLiteral("kind"), blockKindName(one.block.kind)},
+                                     {QStringLiteral("textures"), texturesJson(one.discovery)}});
     return {{QStringLiteral("identifier"), currentROM.romID},
-            {QStringLiteral("textures"), textures},
+            {QStringLiteral("textures"), texturesJson(discovery)},
             {QStringLiteral("neighbourhoods"), neighbourhoods},
+            {QStringLiteral("blocks"), inBlocks},
             {QStringLiteral("added"), added}};
 }
 
@@ -94,17 +113,22 @@ QString commandsText(const QVector<int> &commands)
     return text;
 }
 
-void printTexture(const DiscoveredTexture &texture, QTextStream &out)
+/// \a block is the one that the texture is in, null for one in the image itself.
+void printTexture(const DiscoveredTexture &texture, const CompressedBlock *block, QTextStream &out)
 {
     const QLatin1String gap("  ");
     const QString palette = !usesPalette(texture) ? QStringLiteral("-")
         : texture.paletteAddress < 0              ? QStringLiteral("unknown")
                                                   : hexNumber(texture.paletteAddress);
-    out << hexNumber(texture.address) << gap << texture.format.leftJustified(8) << gap
+    out << hexNumber(block ? block->address : texture.address) << gap << texture.format.leftJustified(8) << gap
         << QStringLiteral("%1x%2").arg(texture.width).arg(texture.height).leftJustified(11) << gap << palette.leftJustified(10)
         << gap << placedByName(texture.placedBy).leftJustified(9) << gap
         << QString::number(texture.confidence, 'f', 2).leftJustified(10) << gap << QString::number(texture.uses).rightJustified(4)
-        << gap << commandsText(texture.commands) << (texture.isInterleaved ? ", rows interleaved" : "") << '\n';
+        << gap << commandsText(texture.commands) << (texture.isInterleaved ? ", rows interleaved" : "");
+    if (block)
+        out << QStringLiteral("  in the %1 block at %2, offset %3")
+                   .arg(blockKindName(block->kind), hexNumber(block->address), hexNumber(texture.address));
+    out << '\n';
 }
 
 void printUnplaced(const Neighbourhood &neighbourhood, QTextStream &out)
@@ -125,17 +149,40 @@ void printUnplaced(const Neighbourhood &neighbourhood, QTextStream &out)
     out << '\n';
 }
 
-void printText(const Discovery &discovery, QTextStream &out)
+void printText(const Discovery &discovery, const QVector<BlockDiscovery> &blocks, QTextStream &out)
 {
-    if (!discovery.textures.isEmpty())
+    int count = discovery.textures.size();
+    for (const BlockDiscovery &one : blocks)
+        count += one.discovery.textures.size();
+    if (count > 0)
         out << QLatin1String("Address     Format    Dimensions   Palette     Placed by  Confidence  Uses  Commands\n");
     for (const DiscoveredTexture &texture : discovery.textures)
-        printTexture(texture, out);
+        printTexture(texture, nullptr, out);
+    for (const BlockDiscovery &one : blocks) {
+        for (const DiscoveredTexture &texture : one.discovery.textures)
+            printTexture(texture, &one.block, out);
+    }
     for (const Neighbourhood &neighbourhood : discovery.neighbourhoods) {
         if (!neighbourhood.isPlaced)
             printUnplaced(neighbourhood, out);
     }
-    out << counted(discovery.textures.size(), QStringLiteral("texture")) << QLatin1String(" found\n");
+    out << counted(count, QStringLiteral("texture")) << QLatin1String(" found\n");
+}
+
+/// Looks for lists, and for the textures that they use, in what each block from \a begin to before \a end unpacks to. Blocks
+/// without any are left out.
+QVector<BlockDiscovery> discoverInBlocks(int begin, int end, WorkSteps *steps)
+{
+    QVector<BlockDiscovery> found;
+    const QVector<CompressedBlock> blocks = findBlocks(currentROM.data).blocks;
+    for (const CompressedBlock &block : blocks) {
+        if (block.address < begin || block.address >= end || interrupted())
+            continue;
+        const Discovery discovery = discoverTextures(unpackedBlock(currentROM.data, block), 0, block.unpackedSize, steps);
+        if (!discovery.textures.isEmpty())
+            found.append({block, discovery});
+    }
+    return found;
 }
 
 /// An entry of no table that shows \a texture.
@@ -203,8 +250,13 @@ int run(const Arguments &arguments, Streams &streams)
         return Failed;
     WorkSteps steps([] { return interrupted(); });
     const Discovery discovery = discoverTextures(currentROM.data, from, to, &steps);
+    const QVector<BlockDiscovery> blocks =
+        arguments.isSet("blocks") ? discoverInBlocks(from, to, &steps) : QVector<BlockDiscovery>();
     if (interrupted())
         return streams.failed(QStringLiteral("Interrupted; not everything was searched, and no file list was written"));
+    if (adding && !blocks.isEmpty())
+        streams.remark(
+            QStringLiteral("What was found inside of compressed blocks is not added: unpack them and use their files"));
     if (arguments.isSet("gallery")) {
         const int status = writeGallery(arguments.value("gallery"), QFileInfo(image.path).fileName(), discovery, streams);
         if (status != Done)
@@ -212,9 +264,9 @@ int run(const Arguments &arguments, Streams &streams)
     }
     const int added = adding ? addDiscovered(discovery, currentROM.root, folder) : 0;
     if (arguments.isSet("json"))
-        printJson(streams.out, json(discovery, added));
+        printJson(streams.out, json(discovery, blocks, added));
     else
-        printText(discovery, streams.out);
+        printText(discovery, blocks, streams.out);
     if (!adding)
         return Done;
     QString sentence;
@@ -233,6 +285,7 @@ Command discoverCommand()
         {QStringLiteral("from"), QStringLiteral("Look for display lists from this address in the image on."),
          QStringLiteral("N")},
         {QStringLiteral("to"), QStringLiteral("Look for display lists up to this address, not included."), QStringLiteral("N")},
+        {QStringLiteral("blocks"), QStringLiteral("Look also inside the compressed blocks.")},
         {QStringLiteral("add"), QStringLiteral("Add the textures to the profile's file list.")},
         {QStringLiteral("folder"), QStringLiteral("With --add, the folder for them; without it \"Discovered\"."),
          QStringLiteral("NAME")},

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "profilefolder.h"
 
+#include "codec/compressedblock.h"
 #include "demo/democartridge.h"
 #include "support/displaylists.h"
+#include "support/images.h"
 
 #include <QJsonArray>
 
@@ -46,6 +48,28 @@ private slots:
                          "Not placed: 1 texture of segment 6, in lists from 0x00004000 to 0x00004030\n"
                          "2 textures found\n"));
         QVERIFY(!QDir(m_folder->profiles()).exists());
+    }
+
+    void looksInsideBlocks()
+    {
+        const QByteArray block = packedBlock(BlockKind::Yay0, image());
+        m_folder->addPart("game.z64", cartridgeImage(0x1000) + block);
+        QVERIFY(m_folder->call("discover").out.endsWith("0 textures found\n"));
+        const CommandCall found = m_folder->call("discover", {"--blocks"});
+        QCOMPARE(found.status, 0);
+        QVERIFY2(found.out.contains(
+                     "0x00001000  rgb5a1    32x16        -           boot       0.95           2  0x00002080 0x00002088 "
+                     "0x000020A8 0x000020B0 and 4 more  in the Yay0 block at 0x00001000, offset 0x00009000\n"),
+                 qPrintable(found.out));
+        QVERIFY(found.out.endsWith("2 textures found\n"));
+        const QJsonObject json = m_folder->call("discover", {"--blocks", "--json"}).json();
+        QCOMPARE(json["textures"].toArray().size(), 0);
+        const QJsonObject inBlock = json["blocks"].toArray().at(0).toObject();
+        QCOMPARE(inBlock["block"].toInt(), 0x1000);
+        QCOMPARE(inBlock["kind"].toString(), QString("Yay0"));
+        QCOMPARE(inBlock["textures"].toArray().at(1).toObject()["address"].toInt(), 0x9000);
+        QCOMPARE(m_folder->call("discover", {"--blocks", "--from", "0x1001", "--json"}).json()["blocks"].toArray().size(), 0);
+        QVERIFY(m_folder->call("discover", {"--blocks", "--add"}).err.contains("is not added"));
     }
 
     void jsonHasTheKeysOfList()
