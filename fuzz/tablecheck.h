@@ -75,5 +75,5 @@ public:
         isRoot = true;
         size = 0;
     }
-    ~TableRoot() override { deleteBelow(this); }
+    ~TableRoot() { deleteBelow(this); }
 };
