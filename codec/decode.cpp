@@ -25,7 +25,8 @@ template<typename Texel> constexpr std::array<PixelPair, 256> pairsOf(Texel from
 constexpr std::array<PixelPair, 256> pairsOfI4 = pairsOf(texels::fromI4);
 constexpr std::array<PixelPair, 256> pairsOfIa4 = pairsOf(texels::fromIa4);
 
-void decodePairs(const std::array<PixelPair, 256> &pairs, const uchar *__restrict data, QRgb *__restrict pixels, qint64 count)
+Q_ALWAYS_INLINE void decodePairs(const std::array<PixelPair, 256> &pairs, const uchar *__restrict data, QRgb *__restrict pixels,
+                                 qint64 count)
 {
     const qint64 whole = count / 2;
     for (qint64 i = 0; i < whole; ++i)
@@ -36,7 +37,7 @@ void decodePairs(const std::array<PixelPair, 256> &pairs, const uchar *__restric
 
 /// The loop behind the codings of whole bytes: one word of type Word, as this machine loads it, is one texel.
 template<typename Word, typename Texel>
-void decodeWords(const uchar *__restrict data, QRgb *__restrict pixels, qint64 count, Texel fromWord)
+Q_ALWAYS_INLINE void decodeWords(const uchar *__restrict data, QRgb *__restrict pixels, qint64 count, Texel fromWord)
 {
     for (qint64 i = 0; i < count; ++i) {
         Word word;
@@ -44,9 +45,8 @@ void decodeWords(const uchar *__restrict data, QRgb *__restrict pixels, qint64 c
         pixels[i] = fromWord(word);
     }
 }
-}
 
-void decodeColours(TexelCoding coding, const uchar *data, QRgb *pixels, qint64 count)
+Q_ALWAYS_INLINE void decodeColoursInline(TexelCoding coding, const uchar *data, QRgb *pixels, qint64 count)
 {
     switch (coding) {
     case TexelCoding::Rgba32: decodeWords<quint32>(data, pixels, count, texels::fromRgbaBytes); break;
@@ -65,6 +65,25 @@ void decodeColours(TexelCoding coding, const uchar *data, QRgb *pixels, qint64 c
     case TexelCoding::Jpeg:
     case TexelCoding::Unknown: break;
     }
+}
+
+void decodeColoursBaseline(TexelCoding coding, const uchar *data, QRgb *pixels, qint64 count)
+{
+    decodeColoursInline(coding, data, pixels, count);
+}
+
+QUILLARY_AVX2 void decodeColoursAvx2(TexelCoding coding, const uchar *data, QRgb *pixels, qint64 count)
+{
+    decodeColoursInline(coding, data, pixels, count);
+}
+}
+
+void decodeColours(TexelCoding coding, const uchar *data, QRgb *pixels, qint64 count, CodePath path)
+{
+    if (path == CodePath::Avx2)
+        decodeColoursAvx2(coding, data, pixels, count);
+    else
+        decodeColoursBaseline(coding, data, pixels, count);
 }
 
 void decodeIndices(TexelCoding coding, const uchar *data, qint64 first, uchar *indices, qint64 count)

@@ -7,7 +7,8 @@
 
 namespace
 {
-template<typename Texel> void encodePairs(const QRgb *__restrict pixels, qint64 count, uchar *__restrict out, Texel toNibble)
+template<typename Texel>
+Q_ALWAYS_INLINE void encodePairs(const QRgb *__restrict pixels, qint64 count, uchar *__restrict out, Texel toNibble)
 {
     const qint64 whole = count / 2;
     for (qint64 i = 0; i < whole; ++i)
@@ -17,16 +18,15 @@ template<typename Texel> void encodePairs(const QRgb *__restrict pixels, qint64 
 }
 
 template<typename Word, typename Texel>
-void encodeWords(const QRgb *__restrict pixels, qint64 count, uchar *__restrict out, Texel toWord)
+Q_ALWAYS_INLINE void encodeWords(const QRgb *__restrict pixels, qint64 count, uchar *__restrict out, Texel toWord)
 {
     for (qint64 i = 0; i < count; ++i) {
         const Word word = Word(toWord(pixels[i]));
         std::memcpy(out + sizeof(Word) * size_t(i), &word, sizeof(Word));
     }
 }
-}
 
-void encodeColours(TexelCoding coding, const QRgb *pixels, qint64 count, uchar *out)
+Q_ALWAYS_INLINE void encodeColoursInline(TexelCoding coding, const QRgb *pixels, qint64 count, uchar *out)
 {
     switch (coding) {
     case TexelCoding::Rgba32: encodeWords<quint32>(pixels, count, out, texels::toRgba32); break;
@@ -45,6 +45,25 @@ void encodeColours(TexelCoding coding, const QRgb *pixels, qint64 count, uchar *
     case TexelCoding::Jpeg:
     case TexelCoding::Unknown: break;
     }
+}
+
+void encodeColoursBaseline(TexelCoding coding, const QRgb *pixels, qint64 count, uchar *out)
+{
+    encodeColoursInline(coding, pixels, count, out);
+}
+
+QUILLARY_AVX2 void encodeColoursAvx2(TexelCoding coding, const QRgb *pixels, qint64 count, uchar *out)
+{
+    encodeColoursInline(coding, pixels, count, out);
+}
+}
+
+void encodeColours(TexelCoding coding, const QRgb *pixels, qint64 count, uchar *out, CodePath path)
+{
+    if (path == CodePath::Avx2)
+        encodeColoursAvx2(coding, pixels, count, out);
+    else
+        encodeColoursBaseline(coding, pixels, count, out);
 }
 
 void packIndexPairs(const uchar *indices, qint64 count, uchar *out)

@@ -141,6 +141,12 @@ void *fileTreeNode::operator new(std::size_t bytes)
     return nodes.back();
 }
 
+// Not inline: the compiler would take the pair with operator new above for a mismatch.
+void fileTreeNode::operator delete(void *memory)
+{
+    ::operator delete(memory);
+}
+
 int fileTreeFile::realAddress() const
 {
     return addWrapping(address, addressOfFolders(parent));

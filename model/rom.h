@@ -20,7 +20,7 @@ class fileTreeNode
 public:
     static void *operator new(std::size_t bytes);
     static void *operator new(std::size_t, void *where) noexcept { return where; }
-    static void operator delete(void *memory) { ::operator delete(memory); }
+    static void operator delete(void *memory);
     static void operator delete(void *, void *) noexcept { }
 };
 
