@@ -12,8 +12,17 @@ function(quillary_target target)
     # The file, line and function of a debug line are part of the behaviour, in release builds too.
     target_compile_definitions(${target} PRIVATE QT_MESSAGELOGCONTEXT QT_DEPRECATED_WARNINGS_SINCE=0x050F00
                                QUILLARY_VERSION="${Quillary_VERSION}")
+    # No implicit conversions that lose data or guess an encoding. Tests pass byte arrays as messages.
+    target_compile_definitions(${target} PRIVATE QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING
+                               QT_NO_NARROWING_CONVERSIONS_IN_CONNECT)
+    if(NOT CMAKE_CURRENT_SOURCE_DIR MATCHES "/(tests|fuzz)(/|$)")
+        target_compile_definitions(${target} PRIVATE QT_NO_CAST_FROM_BYTEARRAY)
+    endif()
     if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
         target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wold-style-cast)
+        if(QUILLARY_WARNINGS_AS_ERRORS)
+            target_compile_options(${target} PRIVATE -Werror)
+        endif()
         if(CMAKE_BUILD_TYPE STREQUAL "Release")
             target_compile_options(${target} PRIVATE -O3 -fstack-protector-strong -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
             if(type STREQUAL "EXECUTABLE" AND CMAKE_SYSTEM_NAME STREQUAL "Linux")
