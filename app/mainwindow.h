@@ -19,6 +19,7 @@
 #include <memory>
 
 class ClickableLabel;
+class FolderPanel;
 class InputBlocker;
 class ProfileStore;
 class Progress;
@@ -27,17 +28,15 @@ class QComboBox;
 class QGroupBox;
 class QHBoxLayout;
 class QLabel;
-class QLineEdit;
 class QMenu;
 class QProgressDialog;
-class QPushButton;
-class QSpinBox;
 class QSplitter;
 class QTabWidget;
 class QTableWidget;
 class QTreeWidget;
 class QTreeWidgetItem;
 class QXmlStreamWriter;
+class TexturePanel;
 class TexturePreviewArea;
 
 /// The program's one window onto currentROM. Its slots ask the user, call the floors below, and show what came of it; each topic
@@ -248,17 +247,8 @@ private:
     /// selection moves to the folder when it was on one of them.
     void takeTextureRows(fileTreeDirectory *folder, const QVector<fileTreeFile *> &textures);
 
-    QGroupBox *createFolderBox();
-    QGroupBox *createTextureBox();
     void createPreviewBox();
-    void setFolderFieldsReadOnly(bool readOnly);
-    void setTextureFieldsReadOnly(bool readOnly);
-    void setReadOnly(const QList<QLineEdit *> &fields, bool readOnly);
-    void showNoFolder();
-    void showNoTexture();
-    void showFolderFields(const fileTreeDirectory &folder);
     void showTextureFields(const fileTreeFile &texture);
-    void showFieldsOfFormat(const QString &format);
     void moveEditedTexture(const fileTreeDirectory &folder, int delta);
     void followMovedFolder(const fileTreeDirectory &folder);
     void clearPreview();
@@ -326,30 +316,8 @@ private:
     QAction *m_deleteAction = nullptr;
     QAction *m_aboutAction = nullptr;
 
-    // Folder panel
-    QLineEdit *m_folderPath = nullptr;
-    QLineEdit *m_folderName = nullptr;
-    QLineEdit *m_folderOffset = nullptr;
-    QLineEdit *m_folderAddress = nullptr;
-    QLineEdit *m_folderSize = nullptr;
-    QCheckBox *m_fixedContentAddresses = nullptr;
-    QLabel *m_folderUnsaved = nullptr;
-    QPushButton *m_folderSave = nullptr;
-
-    // Texture panel
-    QLineEdit *m_texturePath = nullptr;
-    QLineEdit *m_textureName = nullptr;
-    QLineEdit *m_textureOffset = nullptr;
-    QLineEdit *m_textureAddress = nullptr;
-    QLineEdit *m_textureFormat = nullptr;
-    QLabel *m_texturePaletteLabel = nullptr;
-    QLineEdit *m_texturePalette = nullptr;
-    QLabel *m_textureWidthLabel = nullptr;
-    QSpinBox *m_textureWidth = nullptr;
-    QLabel *m_textureHeightLabel = nullptr;
-    QSpinBox *m_textureHeight = nullptr;
-    QLabel *m_textureUnsaved = nullptr;
-    QPushButton *m_textureSave = nullptr;
+    FolderPanel *m_folderPanel = nullptr;
+    TexturePanel *m_texturePanel = nullptr;
 
     // Preview
     QGroupBox *m_previewBox = nullptr;

@@ -1,115 +1,23 @@
 // SPDX-License-Identifier: MIT
 #include "app/mainwindow.h"
 
-#include "base/hexnumber.h"
+#include "app/folderpanel.h"
+#include "app/texturepanel.h"
 #include "base/wrapping.h"
 #include "widgets/texturepreviewarea.h"
 
-#include <QCheckBox>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
-#include <QLabel>
-#include <QLineEdit>
-#include <QPushButton>
 #include <QScrollArea>
 #include <QScrollBar>
-#include <QSpinBox>
 #include <QStatusBar>
-#include <QWheelEvent>
 
 #include <algorithm>
 
 namespace
 {
 constexpr int savedMessageTime = 5000; // milliseconds
-constexpr int charactersToShow = 22; // of a field, at least
-
-/// A spin box that the wheel turns only while it has the focus: elsewhere the wheel scrolls the column that it stands in.
-class PixelField : public QSpinBox
-{
-public:
-    explicit PixelField(QWidget *parent) : QSpinBox(parent) { setFocusPolicy(Qt::StrongFocus); }
-
-protected:
-    void wheelEvent(QWheelEvent *event) override
-    {
-        if (hasFocus())
-            QSpinBox::wheelEvent(event);
-        else
-            event->ignore();
-    }
-};
-
-/// Builds the rows of one panel from top to bottom: captions in the first column, fields in the second.
-class PanelRows
-{
-public:
-    explicit PanelRows(QGroupBox *box) : m_box(box), m_grid(new QGridLayout(box))
-    {
-        m_grid->setColumnStretch(0, 1);
-        m_grid->setColumnStretch(1, 3);
-    }
-    Q_DISABLE_COPY(PanelRows)
-
-    /// A row with \a field, named \a name for scripts and style sheets. Returns the caption.
-    QLabel *add(const QString &caption, QWidget *field, const QString &name)
-    {
-        auto *label = new QLabel(caption, m_box);
-        label->setBuddy(field);
-        field->setObjectName(name);
-        QString accessibleName = caption;
-        accessibleName.chop(1); // the colon
-        field->setAccessibleName(m_box->title() + QStringLiteral(": ") + accessibleName);
-        m_grid->addWidget(label, m_row, 0);
-        m_grid->addWidget(field, m_row, 1);
-        keepWidth(0, label->sizeHint().width());
-        ++m_row;
-        return label;
-    }
-
-    QLineEdit *addText(const QString &caption, const QString &name, QLabel **label = nullptr)
-    {
-        auto *field = new QLineEdit(m_box);
-        field->setReadOnly(true);
-        field->setMinimumWidth(field->fontMetrics().averageCharWidth() * charactersToShow);
-        QLabel *added = add(caption, field, name);
-        if (label)
-            *label = added;
-        return field;
-    }
-
-    QSpinBox *addPixels(const QString &caption, const QString &name, QLabel **label)
-    {
-        auto *field = new PixelField(m_box);
-        field->setRange(1, 100000);
-        field->setLocale(QLocale::c()); // Digits as in the table, whatever the user's locale writes numbers in.
-        // The panel frames its line edits; the one inside a spin box has the box's own frame.
-        field->setStyleSheet(QStringLiteral("QLineEdit {qproperty-frame: false}"));
-        *label = add(caption, field, name);
-        return field;
-    }
-
-    /// A row of \a widget alone; to be added below those with captions.
-    void addWhole(QWidget *widget, const QString &name)
-    {
-        widget->setObjectName(name);
-        m_grid->addWidget(widget, m_row, 0, 1, 2);
-        keepWidth(1, widget->sizeHint().width() - m_grid->columnMinimumWidth(0) - m_grid->horizontalSpacing());
-        ++m_row;
-    }
-
-private:
-    /// Room for a text, also while its row is hidden: the panel does not become wider later.
-    void keepWidth(int column, int width)
-    {
-        m_grid->setColumnMinimumWidth(column, std::max(m_grid->columnMinimumWidth(column), width));
-    }
-
-    QGroupBox *m_box;
-    QGridLayout *m_grid;
-    int m_row = 0;
-};
 
 /// Gives the captions of all boxes the room of the widest one, shown or not: the fields stand in one line and stay where they
 /// are when a row comes or goes.
@@ -120,24 +28,6 @@ void alignFields(const QList<QGroupBox *> &boxes)
         widest = std::max(widest, static_cast<const QGridLayout *>(box->layout())->columnMinimumWidth(0));
     for (const QGroupBox *box : boxes)
         static_cast<QGridLayout *>(box->layout())->setColumnMinimumWidth(0, widest);
-}
-
-QLabel *createUnsavedLabel(QWidget *parent)
-{
-    auto *label = new QLabel(MainWindow::tr("There are unsaved changes."), parent);
-    label->setAlignment(Qt::AlignHCenter);
-    QSizePolicy policy = label->sizePolicy();
-    policy.setRetainSizeWhenHidden(true); // The button below does not jump.
-    label->setSizePolicy(policy);
-    label->hide();
-    return label;
-}
-
-QPushButton *createSaveButton(QWidget *parent)
-{
-    auto *button = new QPushButton(MainWindow::tr("Save changes"), parent);
-    button->setEnabled(false);
-    return button;
 }
 
 /// The boxes one below the other, which scroll where the window is too low for them.
@@ -162,14 +52,6 @@ QScrollArea *createScrollingColumn(QWidget *parent, const QList<QGroupBox *> &bo
     return area;
 }
 
-/// Shows a path from its beginning, and whole in the tool tip, where a name that looks like rich text stays a name.
-void showPath(QLineEdit *field, const QString &path)
-{
-    field->setText(path);
-    field->setCursorPosition(0);
-    field->setToolTip(QStringLiteral("<span style=\"white-space:pre\">%1</span>").arg(path.toHtmlEscaped()));
-}
-
 bool liesInside(const fileTreeFile &texture, const fileTreeDirectory &folder)
 {
     const fileTreeDirectory *outer = texture.parent;
@@ -184,6 +66,13 @@ void moveContents(const fileTreeDirectory &folder, int delta)
         file->address = addWrapping(file->address, delta);
     for (fileTreeDirectory *directory : folder.directories)
         directory->address = addWrapping(directory->address, delta);
+}
+
+void takeIntoWorkingCopy(const fileTreeDirectory &folder)
+{
+    currentROM.editedFolder->copyValues(folder);
+    currentROM.editedFolder->parent = folder.parent; // Its addresses count in the working copy's real one.
+    currentROM.editedFolder->isRoot = folder.isRoot;
 }
 
 /// What the panel edits; the parent and the row stay the texture's own.
@@ -209,217 +98,74 @@ void MainWindow::createTextureViewer()
     // Made before the fields, whose scroll area lies as deep as the preview: the first scroll area that is found is the preview.
     createPreviewBox();
     auto *fields = new QWidget(m_selectionPanel);
-    QGroupBox *folderBox = createFolderBox();
-    QGroupBox *textureBox = createTextureBox();
-    alignFields({folderBox, textureBox});
+    m_folderPanel = new FolderPanel(m_selectionPanel);
+    m_texturePanel = new TexturePanel(m_selectionPanel);
+    alignFields({m_folderPanel, m_texturePanel});
     auto *fieldsLayout = new QVBoxLayout(fields);
     fieldsLayout->setContentsMargins(0, 0, 0, 0);
-    fieldsLayout->addWidget(createScrollingColumn(fields, {folderBox, textureBox}));
+    fieldsLayout->addWidget(createScrollingColumn(fields, {m_folderPanel, m_texturePanel}));
     layout->addWidget(fields);
     layout->addWidget(m_previewBox, 1); // The preview gets what the panel gains.
-    setTabOrder(m_textureSave, m_previewArea);
-}
+    setTabOrder(m_texturePanel->lastField(), m_previewArea);
 
-QGroupBox *MainWindow::createFolderBox()
-{
-    auto *box = new QGroupBox(tr("Last Selected Folder"), m_selectionPanel);
-    box->setObjectName(QStringLiteral("folderBox"));
-    PanelRows rows(box);
-    m_folderPath = rows.addText(tr("Path:"), QStringLiteral("folderPath"));
-    m_folderName = rows.addText(tr("Name:"), QStringLiteral("folderName"));
-    m_folderOffset = rows.addText(tr("Offset:"), QStringLiteral("folderOffset"));
-    m_folderAddress = rows.addText(tr("Address:"), QStringLiteral("folderAddress"));
-    m_folderSize = rows.addText(tr("Size:"), QStringLiteral("folderSize"));
-    m_fixedContentAddresses = new QCheckBox(tr("Fixed content addresses"), box);
-    m_fixedContentAddresses->setToolTip(tr("When this is enabled, the offset of the content is modified so that their addresses "
-                                           "stay the same, even if you move the folder."));
-    m_fixedContentAddresses->setEnabled(false);
-    rows.addWhole(m_fixedContentAddresses, QStringLiteral("fixedContentAddresses"));
-    m_folderUnsaved = createUnsavedLabel(box);
-    rows.addWhole(m_folderUnsaved, QStringLiteral("folderUnsaved"));
-    m_folderSave = createSaveButton(box);
-    rows.addWhole(m_folderSave, QStringLiteral("folderSave"));
-
-    for (QLineEdit *field : {m_folderName, m_folderOffset, m_folderSize})
-        connect(field, &QLineEdit::textEdited, this, &MainWindow::applyDirectoryChanges);
-    connect(m_folderSave, &QPushButton::clicked, this, &MainWindow::saveDirectoryInfo);
-    return box;
-}
-
-QGroupBox *MainWindow::createTextureBox()
-{
-    auto *box = new QGroupBox(tr("Last Selected Texture"), m_selectionPanel);
-    box->setObjectName(QStringLiteral("textureBox"));
-    PanelRows rows(box);
-    m_texturePath = rows.addText(tr("Path:"), QStringLiteral("texturePath"));
-    m_textureName = rows.addText(tr("Name:"), QStringLiteral("textureName"));
-    m_textureOffset = rows.addText(tr("Offset:"), QStringLiteral("textureOffset"));
-    m_textureAddress = rows.addText(tr("Address:"), QStringLiteral("textureAddress"));
-    m_textureFormat = rows.addText(tr("Format:"), QStringLiteral("textureFormat"));
-    m_texturePalette = rows.addText(tr("Palette Address:"), QStringLiteral("texturePalette"), &m_texturePaletteLabel);
-    m_texturePaletteLabel->hide();
-    m_texturePalette->hide();
-    m_textureWidth = rows.addPixels(tr("Width:"), QStringLiteral("textureWidth"), &m_textureWidthLabel);
-    m_textureHeight = rows.addPixels(tr("Height:"), QStringLiteral("textureHeight"), &m_textureHeightLabel);
-    m_textureUnsaved = createUnsavedLabel(box);
-    rows.addWhole(m_textureUnsaved, QStringLiteral("textureUnsaved"));
-    m_textureSave = createSaveButton(box);
-    rows.addWhole(m_textureSave, QStringLiteral("textureSave"));
-
-    for (QLineEdit *field : {m_textureName, m_textureOffset, m_textureAddress, m_textureFormat, m_texturePalette})
-        connect(field, &QLineEdit::textEdited, this, &MainWindow::applyTextureChanges);
-    connect(m_textureAddress, &QLineEdit::textEdited, this, &MainWindow::applyDirectoryChanges);
-    for (QSpinBox *field : {m_textureWidth, m_textureHeight})
-        connect(field, QOverload<int>::of(&QSpinBox::valueChanged), this, &MainWindow::applyTextureChanges);
-    connect(m_textureSave, &QPushButton::clicked, this, &MainWindow::saveTextureInfo);
-    return box;
-}
-
-/// The look depends on whether a field is read-only; Qt sees that anew when the sheet is set. Styling the whole panel is by far
-/// the slowest part of showing an entry, so it is left out where nothing changed.
-void MainWindow::setReadOnly(const QList<QLineEdit *> &fields, bool readOnly)
-{
-    bool changed = false;
-    for (QLineEdit *field : fields) {
-        changed = changed || field->isReadOnly() != readOnly;
-        field->setReadOnly(readOnly);
-    }
-    if (changed)
-        m_selectionPanel->setStyleSheet(m_selectionPanel->styleSheet());
-}
-
-void MainWindow::setFolderFieldsReadOnly(bool readOnly)
-{
-    m_fixedContentAddresses->setEnabled(!readOnly);
-    m_folderSave->setEnabled(!readOnly);
-    setReadOnly({m_folderName, m_folderOffset, m_folderSize}, readOnly);
-}
-
-void MainWindow::setTextureFieldsReadOnly(bool readOnly)
-{
-    m_textureSave->setEnabled(!readOnly);
-    setReadOnly({m_textureName, m_textureOffset, m_textureFormat, m_texturePalette}, readOnly);
+    connect(m_folderPanel, &FolderPanel::edited, this, &MainWindow::applyDirectoryChanges);
+    connect(m_folderPanel, &FolderPanel::saveRequested, this, &MainWindow::saveDirectoryInfo);
+    connect(m_texturePanel, &TexturePanel::edited, this, &MainWindow::applyTextureChanges);
+    connect(m_texturePanel, &TexturePanel::addressEdited, this, &MainWindow::applyDirectoryChanges);
+    connect(m_texturePanel, &TexturePanel::saveRequested, this, &MainWindow::saveTextureInfo);
 }
 
 void MainWindow::updateDirectoryInfo()
 {
-    m_folderUnsaved->hide();
-    m_fixedContentAddresses->setChecked(false);
+    m_folderPanel->clearEdits();
     fileTreeDirectory *folder = currentROM.lastSelectedFolder;
     if (!folder) {
-        showNoFolder();
+        m_folderPanel->showNothing();
         return;
     }
-    showFolderFields(*folder);
-    setFolderFieldsReadOnly(folder->isRoot);
+    takeIntoWorkingCopy(*folder);
+    m_folderPanel->showFolder(*folder);
     updateDirectoryInTree(folder);
-}
-
-void MainWindow::showNoFolder()
-{
-    for (QLineEdit *field : {m_folderPath, m_folderName, m_folderOffset, m_folderAddress, m_folderSize})
-        field->clear();
-    m_folderPath->setToolTip(QString());
-    setFolderFieldsReadOnly(true);
-}
-
-/// Takes \a folder into the working copy and shows it.
-void MainWindow::showFolderFields(const fileTreeDirectory &folder)
-{
-    currentROM.editedFolder->copyValues(folder);
-    currentROM.editedFolder->parent = folder.parent; // Its addresses count in the working copy's real one.
-    currentROM.editedFolder->isRoot = folder.isRoot;
-    showPath(m_folderPath, folder.path() + folder.name);
-    m_folderName->setText(folder.name);
-    m_folderOffset->setText(hexNumber(folder.address));
-    m_folderAddress->setText(hexNumber(folder.realAddress()));
-    m_folderSize->setText(hexNumber(folder.size));
 }
 
 void MainWindow::updateTextureInfo()
 {
     fileTreeFile *texture = currentROM.lastSelectedTexture;
     if (!texture) {
-        showNoTexture();
+        m_texturePanel->showNothing();
+        clearPreview();
         return;
     }
     showTextureFields(*texture);
-    setTextureFieldsReadOnly(false);
-    m_textureUnsaved->hide();
+    m_texturePanel->setEditable(true);
+    m_texturePanel->setUnsaved(false);
     renderTexture();
     updateTextureInTree(texture);
-}
-
-void MainWindow::showNoTexture()
-{
-    for (QLineEdit *field : {m_texturePath, m_textureName, m_textureOffset, m_textureAddress, m_textureFormat, m_texturePalette})
-        field->clear();
-    m_texturePath->setToolTip(QString());
-    m_textureFormat->setToolTip(QString());
-    m_textureWidth->setValue(0);
-    m_textureHeight->setValue(0);
-    clearPreview();
-    setTextureFieldsReadOnly(true);
-    for (QWidget *widget : QList<QWidget *> {m_textureWidthLabel, m_textureWidth, m_textureHeightLabel, m_textureHeight,
-                                             m_textureUnsaved, m_texturePaletteLabel, m_texturePalette})
-        widget->hide();
 }
 
 /// Takes \a texture into the working copy and shows it.
 void MainWindow::showTextureFields(const fileTreeFile &texture)
 {
     *currentROM.editedTexture = texture;
-    showFieldsOfFormat(texture.format);
-    showPath(m_texturePath, texture.path() + texture.name);
-    m_textureName->setText(texture.name);
-    m_textureOffset->setText(hexNumber(texture.address));
-    m_textureAddress->setText(hexNumber(texture.realAddress()));
-    m_textureFormat->setText(texture.format);
-    m_texturePalette->setText(hexNumber(texture.paletteAddress));
-    m_textureWidth->setValue(texture.width);
-    m_textureHeight->setValue(texture.height);
+    m_texturePanel->showValues(texture);
     // The spin boxes signal an edit; where they cannot hold the texture's values, the working copy would keep what they can.
     *currentROM.editedTexture = texture;
-}
-
-/// Shows the rows that the format named \a format needs, and says what the format is.
-void MainWindow::showFieldsOfFormat(const QString &format)
-{
-    const textureFormat record = textureFormats::getAsMap().value(format, textureFormats::null);
-    const bool isJpeg = textureFormats::isJpegInAnyCase(format);
-    m_textureFormat->setToolTip(textureFormats::describe(record));
-    for (QWidget *widget : QList<QWidget *> {m_texturePaletteLabel, m_texturePalette})
-        widget->setVisible(record.usesPalette);
-    for (QWidget *widget : QList<QWidget *> {m_textureWidthLabel, m_textureWidth, m_textureHeightLabel, m_textureHeight})
-        widget->setVisible(!isJpeg);
 }
 
 void MainWindow::applyDirectoryChanges()
 {
     if (!currentROM.lastSelectedFolder)
         return;
-    m_folderUnsaved->show();
-    fileTreeDirectory *edited = currentROM.editedFolder;
-    edited->name = m_folderName->text();
-    edited->address = parseTypedNumber(m_folderOffset->text());
-    m_folderAddress->setText(hexNumber(edited->realAddress()));
-    edited->size = parseTypedNumber(m_folderSize->text());
+    m_folderPanel->setUnsaved(true);
+    m_folderPanel->readValues(currentROM.editedFolder);
 }
 
 void MainWindow::applyTextureChanges()
 {
     if (!currentROM.lastSelectedTexture)
         return;
-    m_textureUnsaved->show();
-    fileTreeFile *edited = currentROM.editedTexture;
-    edited->name = m_textureName->text();
-    edited->address = parseTypedNumber(m_textureOffset->text());
-    m_textureAddress->setText(hexNumber(edited->realAddress()));
-    edited->format = m_textureFormat->text();
-    edited->height = m_textureHeight->value();
-    edited->width = m_textureWidth->value();
-    edited->paletteAddress = parseTypedNumber(m_texturePalette->text());
-    showFieldsOfFormat(edited->format);
+    m_texturePanel->setUnsaved(true);
+    m_texturePanel->readValues(currentROM.editedTexture);
     renderTexture();
 }
 
@@ -431,31 +177,32 @@ void MainWindow::saveDirectoryInfo()
     const int delta = addWrapping(folder->address, addWrapping(~currentROM.editedFolder->address, 1));
     folder->copyValues(*currentROM.editedFolder);
     folder->setName(folder->name);
-    m_folderUnsaved->hide();
+    m_folderPanel->setUnsaved(false);
     showUnsavedFileListNotice();
     if (delta != 0) {
-        if (m_fixedContentAddresses->isChecked()) {
+        if (m_folderPanel->keepsContentAddresses()) {
             moveContents(*folder, delta);
             moveEditedTexture(*folder, delta);
         }
         followMovedFolder(*folder);
         updateChildrenInTree(folder);
     }
-    showFolderFields(*folder);
+    takeIntoWorkingCopy(*folder);
+    m_folderPanel->showValues(*folder);
     if (currentROM.lastSelectedTexture && liesInside(*currentROM.lastSelectedTexture, *folder))
-        showPath(m_texturePath, currentROM.lastSelectedTexture->path() + currentROM.lastSelectedTexture->name);
+        m_texturePanel->showPathOf(*currentROM.lastSelectedTexture);
     updateDirectoryInTree(folder);
     sortByCurrentColumn();
     statusBar()->showMessage(tr("The changes to the last selected folder has been saved."), savedMessageTime);
 }
 
-/// Moves the texture panel's working copy along with its texture, lest saving it undid that.
+/// Moves the texture panel's working copy along with its texture, so that saving it does not undo that.
 void MainWindow::moveEditedTexture(const fileTreeDirectory &folder, int delta)
 {
     if (!currentROM.lastSelectedTexture || currentROM.lastSelectedTexture->parent != &folder)
         return;
     currentROM.editedTexture->address = addWrapping(currentROM.editedTexture->address, delta);
-    m_textureOffset->setText(hexNumber(currentROM.editedTexture->address));
+    m_texturePanel->showOffsetOf(*currentROM.editedTexture);
 }
 
 /// Shows where the selected texture lies now, if \a folder holds it.
@@ -463,7 +210,7 @@ void MainWindow::followMovedFolder(const fileTreeDirectory &folder)
 {
     if (!currentROM.lastSelectedTexture || !liesInside(*currentROM.lastSelectedTexture, folder))
         return;
-    m_textureAddress->setText(hexNumber(currentROM.editedTexture->realAddress()));
+    m_texturePanel->showAddressOf(*currentROM.editedTexture);
     renderTexture();
 }
 
@@ -474,10 +221,10 @@ void MainWindow::saveTextureInfo()
         return;
     copyValues(*currentROM.editedTexture, texture);
     texture->setName(texture->name);
-    m_textureUnsaved->hide();
+    m_texturePanel->setUnsaved(false);
     showUnsavedFileListNotice();
     showTextureFields(*texture);
-    m_textureUnsaved->hide();
+    m_texturePanel->setUnsaved(false);
     enableActions(); // Some depend on the format.
     updateTextureInTree(texture);
     sortByCurrentColumn();
