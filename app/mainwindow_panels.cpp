@@ -4,6 +4,7 @@
 #include "app/folderpanel.h"
 #include "app/texturepanel.h"
 #include "base/wrapping.h"
+#include "model/tableedit.h"
 #include "widgets/texturepreviewarea.h"
 
 #include <QGridLayout>
@@ -58,14 +59,6 @@ bool liesInside(const fileTreeFile &texture, const fileTreeDirectory &folder)
     while (outer && outer != &folder)
         outer = outer->parent;
     return outer == &folder;
-}
-
-void moveContents(const fileTreeDirectory &folder, int delta)
-{
-    for (fileTreeFile *file : folder.files)
-        file->address = addWrapping(file->address, delta);
-    for (fileTreeDirectory *directory : folder.directories)
-        directory->address = addWrapping(directory->address, delta);
 }
 
 void takeIntoWorkingCopy(const fileTreeDirectory &folder)

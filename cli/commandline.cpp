@@ -49,11 +49,16 @@ int runCommand(const Command &command, const QStringList &given, QTextStream &ou
 
 const QList<Command> &commands()
 {
-    static const QList<Command> all {
-        infoCommand(),        convertCommand(),    listCommand(),      extractCommand(), replaceCommand(), importFolderCommand(),
-        importPackCommand(),  searchCommand(),     discoverCommand(),  verifyCommand(),  galleryCommand(), checksumCommand(),
-        patchCreateCommand(), patchApplyCommand(), patchInfoCommand(), blocksCommand(),  unpackCommand(),  packCommand(),
-        portCommand(),        demoCommand(),       helpCommand()};
+    static const QList<Command> all {infoCommand(),        convertCommand(),       listCommand(),
+                                     extractCommand(),     replaceCommand(),       importFolderCommand(),
+                                     importPackCommand(),  searchCommand(),        discoverCommand(),
+                                     addCommand(),         setCommand(),           moveCommand(),
+                                     removeCommand(),      profileListCommand(),   profileNewCommand(),
+                                     profileCopyCommand(), profileDeleteCommand(), profileAutoloadCommand(),
+                                     verifyCommand(),      galleryCommand(),       checksumCommand(),
+                                     patchCreateCommand(), patchApplyCommand(),    patchInfoCommand(),
+                                     blocksCommand(),      unpackCommand(),        portCommand(),
+                                     packCommand(),        demoCommand(),          helpCommand()};
     return all;
 }
 

@@ -16,7 +16,7 @@ namespace
 {
 QString summaryLine(const Command &command)
 {
-    return QLatin1String("  ") + command.name.leftJustified(15) + command.summary + QLatin1Char('\n');
+    return QLatin1String("  ") + command.name.leftJustified(18) + command.summary + QLatin1Char('\n');
 }
 
 QJsonObject commandJson(const Command &command)

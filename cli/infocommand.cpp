@@ -20,6 +20,7 @@ namespace
 constexpr int clockRateOffset = 4;
 constexpr int titleOffset = 0x20;
 constexpr int titleBytes = 20;
+constexpr int gameCodeOffset = 59;
 constexpr int versionOffset = 63;
 
 /// The title in the header, whose characters are those of the console's home country, without the blanks that fill it up.
@@ -66,6 +67,12 @@ QJsonObject headerJson(const QByteArray &image)
             {QStringLiteral("version"), quint8(image.at(versionOffset))},
             {QStringLiteral("clockRate"), qint64(clockRateOf(image))},
             {QStringLiteral("checkCodes"), checkCodesOf(image).json()}};
+}
+
+/// Whether the header has no game code, so that the identifier is the version alone.
+bool isShared(const OpenedImage &image)
+{
+    return image.order != ByteOrder::Unknown && currentROM.data.at(gameCodeOffset) == '\0';
 }
 
 /// A profile of the image and what its file list holds.
@@ -140,7 +147,10 @@ QString text(const OpenedImage &image, const QString &folder, const QList<Profil
     const QByteArray &bytes = currentROM.data;
     return line(QStringLiteral("File:"), printable(image.path)) + line(QStringLiteral("Byte order:"), orderText(image.order))
         + line(QStringLiteral("Size:"), QStringLiteral("%1 bytes (%2)").arg(bytes.size()).arg(hexNumber(bytes.size())))
-        + line(QStringLiteral("Identifier:"), printable(currentROM.romID))
+        + line(QStringLiteral("Identifier:"),
+               printable(currentROM.romID)
+                   + (isShared(image) ? QStringLiteral(" (the header names no game: images like that share their profiles)")
+                                      : QString()))
         + (image.order == ByteOrder::Unknown ? QString() : headerText(bytes))
         + line(QStringLiteral("Profiles in:"), printable(folder)) + profilesText(profiles);
 }
@@ -153,6 +163,7 @@ QJsonObject json(const OpenedImage &image, const QString &folder, const QList<Pr
             {QStringLiteral("byteOrder"), known ? QJsonValue(byteOrderName(image.order)) : QJsonValue()},
             {QStringLiteral("size"), bytes.size()},
             {QStringLiteral("identifier"), currentROM.romID},
+            {QStringLiteral("identifierShared"), isShared(image)},
             {QStringLiteral("header"), known ? QJsonValue(headerJson(bytes)) : QJsonValue()},
             {QStringLiteral("profilesFolder"), folder},
             {QStringLiteral("profiles"), profilesJson(profiles)}};

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
+#include "base/hexnumber.h"
 #include "cli/arguments.h"
 #include "cli/commandtable.h"
+#include "cli/nodejson.h"
 #include "cli/output.h"
 #include "cli/profile.h"
-#include "model/tablewalk.h"
-#include "base/hexnumber.h"
 #include "model/rom.h"
+#include "model/tablewalk.h"
 #include "model/textureformat.h"
 
 #include <QJsonArray>
@@ -60,24 +61,6 @@ void printFolder(QTextStream &out, const fileTreeDirectory &folder, const QStrin
     printRow(out, folder.realAddress(), QString::number(folder.size), QStringLiteral("folder"), none, none, path);
 }
 
-QJsonObject textureJson(const fileTreeFile &texture, const QString &path)
-{
-    const Row row(texture);
-    return {{QStringLiteral("path"), path},
-            {QStringLiteral("address"), row.address},
-            {QStringLiteral("size"), row.size < 0 ? QJsonValue() : QJsonValue(row.size)},
-            {QStringLiteral("format"), texture.format},
-            {QStringLiteral("width"), row.isJpeg ? QJsonValue() : QJsonValue(texture.width)},
-            {QStringLiteral("height"), row.isJpeg ? QJsonValue() : QJsonValue(texture.height)},
-            {QStringLiteral("paletteAddress"), row.usesPalette ? QJsonValue(row.paletteAddress) : QJsonValue()}};
-}
-
-QJsonObject folderJson(const fileTreeDirectory &folder, const QString &path)
-{
-    return {
-        {QStringLiteral("path"), path}, {QStringLiteral("address"), folder.realAddress()}, {QStringLiteral("size"), folder.size}};
-}
-
 void printText(const TableNode &node, QTextStream &out)
 {
     printHeading(out);
@@ -110,7 +93,7 @@ int run(const Arguments &arguments, Streams &streams)
 {
     OpenedImage image;
     ChosenProfile profile;
-    if (!openImageAndProfile(arguments, MissingList::Refuse, &image, &profile, streams))
+    if (!openImageAndProfile(arguments, MissingList::EmptyUnlessNamed, &image, &profile, streams))
         return Failed;
     const TableNode node = nodeAtPath(currentROM.root, arguments.positional(1));
     if (!node.exists())

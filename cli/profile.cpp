@@ -84,13 +84,15 @@ bool openProfile(const Arguments &arguments, MissingList missing, ChosenProfile 
                            .arg(profile->fileListPath(), link));
         return false;
     }
-    if (missing == MissingList::StartEmpty && !arguments.isSet("dry-run")
+    const bool writes = missing == MissingList::StartEmpty || missing == MissingList::RefuseAndWrite;
+    if (writes && !arguments.isSet("dry-run")
         && !profile->lists.lock(profile->fileListPath(), &error)) {
         streams.failed(QStringLiteral("Cannot write file %1: %2").arg(profile->fileListPath(), error));
         return false;
     }
     if (!store.hasFileList(profile->name)) {
-        if (missing == MissingList::StartEmpty)
+        const bool absent = arguments.isSet("profile") && !store.hasProfile(profile->name);
+        if (missing == MissingList::StartEmpty || (missing == MissingList::EmptyUnlessNamed && !absent))
             return true;
         streams.failed((store.hasProfile(profile->name) ? QStringLiteral("The profile \"%1\" of %2 has no file list: %3")
                                                         : QStringLiteral("There is no profile \"%1\" of %2: %3"))
@@ -113,6 +115,8 @@ int writeProfile(const Arguments &arguments, ChosenProfile *profile, Streams &st
 {
     const QString path = profile->fileListPath();
     if (arguments.isSet("dry-run")) {
+        if (arguments.isSet("json"))
+            return Done;
         streams.out << QStringLiteral("Would write ") << printable(path) << QStringLiteral(".\n");
         return Done;
     }
@@ -123,7 +127,8 @@ int writeProfile(const Arguments &arguments, ChosenProfile *profile, Streams &st
         return streams.failed(QStringLiteral("Cannot create folder %1").arg(profile->store().profileFolder(profile->name)));
     if (profile->lists.write(path, currentROM.root, &error) != FileListFiles::Writing::Done)
         return streams.failed(QStringLiteral("Cannot write file %1: %2").arg(path, error));
-    streams.out << QStringLiteral("Wrote ") << printable(path) << QStringLiteral(".\n");
+    if (!arguments.isSet("json"))
+        streams.out << QStringLiteral("Wrote ") << printable(path) << QStringLiteral(".\n");
     return Done;
 }
 }

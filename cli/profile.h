@@ -29,6 +29,8 @@ ProfilesFolder profilesFolder(const Arguments &arguments);
 enum class MissingList {
     Refuse, ///< There is nothing to work on: an error.
     StartEmpty, ///< Begin with an empty table, as the window does: the command will write the list.
+    RefuseAndWrite, ///< As Refuse, for a command that will write the list.
+    EmptyUnlessNamed, ///< Begin with an empty table, but refuse a profile that --profile names and that does not exist.
 };
 
 /// Fills in the profile of the loaded image that \a option names, without it the one that loads automatically. Reads no file

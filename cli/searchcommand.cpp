@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "base/hexnumber.h"
+#include "base/naturalorder.h"
+#include "base/wrapping.h"
 #include "cli/arguments.h"
 #include "cli/commandtable.h"
 #include "cli/interrupt.h"
@@ -16,19 +18,25 @@
 #include "search/searchobserver.h"
 #include "search/texturesearch.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QSet>
 
+#include <algorithm>
+
 namespace cli
 {
 namespace
 {
-/// By the numbers of DuplicateMode.
+constexpr int skipChoice = 3;
+
+/// By the numbers of DuplicateMode, and skipChoice.
 const QStringList &duplicateChoices()
 {
-    static const QStringList choices {QStringLiteral("overwrite"), QStringLiteral("create"), QStringLiteral("ignore")};
+    static const QStringList choices {QStringLiteral("overwrite"), QStringLiteral("create"), QStringLiteral("ignore"),
+                                      QStringLiteral("skip")};
     return choices;
 }
 
@@ -149,6 +157,17 @@ QMap<QString, textureFormat> chosenFormats(const Arguments &arguments)
     return chosen;
 }
 
+/// The pictures in the folder at \a path in natural order, with paths that begin as it is given.
+QStringList picturesBelow(const QString &path, bool subfolders)
+{
+    const QDir folder(path);
+    QStringList files = picturesInFolder(path, subfolders);
+    std::sort(files.begin(), files.end(), naturallyBefore);
+    for (QString &file : files)
+        file = folder.filePath(folder.relativeFilePath(file));
+    return files;
+}
+
 /// The pictures that the arguments from \a first on name; a folder stands for those in it. False with the reason said when one
 /// of them is not there.
 bool collectPictures(const Arguments &arguments, QStringList *files, Streams &streams)
@@ -161,7 +180,7 @@ bool collectPictures(const Arguments &arguments, QStringList *files, Streams &st
             return false;
         }
         if (info.isDir())
-            *files += picturesInFolder(path, !arguments.isSet("no-subfolders"));
+            *files += picturesBelow(path, !arguments.isSet("no-subfolders"));
         else
             *files << path;
     }
@@ -296,12 +315,28 @@ void searchBlocks(const Arguments &arguments, const fileTreeDirectory &folder, c
     }
 }
 
+/// Takes those of \a hits out that an entry anywhere in the table of \a folder describes.
+void dropKnown(const fileTreeDirectory &folder, QVector<IndexedHit> *hits)
+{
+    KnownTextures known(folder);
+    const auto isKnown = [&](const IndexedHit &hit) {
+        fileTreeFile texture;
+        texture.format = hit.format();
+        texture.width = hit.width;
+        texture.height = hit.height;
+        return !known.insert(texture, addWrapping(folder.realAddress(), hit.position));
+    };
+    hits->erase(std::remove_if(hits->begin(), hits->end(), isKnown), hits->end());
+}
+
 /// Searches \a folder, says what was found, and puts it into the file list when that is wanted.
 int search(const Arguments &arguments, fileTreeDirectory *folder, const QStringList &files, ChosenProfile *profile,
            Streams &streams)
 {
     const bool adding = arguments.isSet("add");
-    const int mode = arguments.choice("duplicates", duplicateChoices()).value_or(OverwriteEntry);
+    const int choice = arguments.choice("duplicates", duplicateChoices()).value_or(OverwriteEntry);
+    const bool onlyNew = choice == skipChoice;
+    const int mode = onlyNew ? CreateNewEntry : choice;
     SearchReport report(files.size(), streams.err);
     QMap<QString, textureFormat> formats = chosenFormats(arguments);
     const IndexedOptions indexed {formats.remove(textureFormats::ci4.name) > 0, formats.remove(textureFormats::ci8.name) > 0,
@@ -312,9 +347,11 @@ int search(const Arguments &arguments, fileTreeDirectory *folder, const QStringL
     QStringList left = files;
     for (int i = found.hits.size() - 1; i >= 0 && indexed.firstOnly; --i)
         left.removeAt(found.hits.at(i).picture); // One hit for each picture, by ascending place.
-    TextureSearch(folder, {formats, indexed.firstOnly, adding ? mode : DoNotCreateEntry}, &report).run(left);
+    TextureSearch(folder, {formats, indexed.firstOnly, adding ? mode : DoNotCreateEntry, onlyNew}, &report).run(left);
     report.insert(files, found, indexed.firstOnly);
     if (adding) {
+        if (onlyNew)
+            dropKnown(*folder, &found.hits);
         const AddedEntries entries =
             addIndexed(found.hits, files, folder, DuplicateMode(mode), arguments.isSet("without-palette"));
         report.added += entries.added;
@@ -397,9 +434,10 @@ Command searchCommand()
         {QStringLiteral("add"), QStringLiteral("Add the copies found to the profile's file list, in the folder searched.")},
         {QStringLiteral("duplicates"),
          QStringLiteral(
-             "With --add, what becomes of entries that are already there: overwrite (the default), create one more, or "
-             "ignore what was found."),
-         QStringLiteral("overwrite|create|ignore")},
+             "With --add, what to do with a copy: overwrite an equal entry of the folder, or add one (the default); create an "
+             "entry in "
+             "any case; ignore it, so that nothing is added; or skip those that an entry anywhere in the table describes."),
+         QStringLiteral("overwrite|create|ignore|skip")},
         {QStringLiteral("dry-run"), QStringLiteral("With --add, write no file list, but say what would change.")}};
     options << profileOptions() << jsonOption();
     return {

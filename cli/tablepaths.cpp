@@ -6,6 +6,7 @@
 #include "model/tablewalk.h"
 #include "persist/filelist.h"
 #include "persist/imagefile.h"
+#include "persist/imagefile.h"
 #include "persist/profilesfolder.h"
 #include "persist/profilestore.h"
 

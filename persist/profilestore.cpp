@@ -16,6 +16,8 @@
 #include <QXmlStreamReader>
 #include <QXmlStreamWriter>
 
+#include <algorithm>
+
 namespace
 {
 /// Writes an element that holds \a text, carriage returns as references: a reader takes plain ones for line feeds.
@@ -91,6 +93,13 @@ bool ProfileStore::isSafeName(const QString &name)
 {
     return !name.isEmpty() && name != QLatin1String(".") && name != QLatin1String("..") && !name.contains(QLatin1Char('/'))
         && !name.contains(QChar(QChar::Null));
+}
+
+bool ProfileStore::isAllowedName(const QString &name)
+{
+    const QLatin1String refused("/:*?<>|");
+    return isSafeName(name)
+        && std::none_of(refused.begin(), refused.end(), [&name](char one) { return name.contains(QLatin1Char(one)); });
 }
 
 QString ProfileStore::cartridgeFolder() const

@@ -39,6 +39,8 @@ public:
     static bool isSafeName(const QString &name);
     /// Whether the folder of the cartridge \a romID lies in the profiles folder: not absolute, no "." or "..", no zero character.
     static bool isSafeIdentifier(const QString &romID);
+    /// Whether users may give that name to a new profile: it is safe and has none of the characters / : * ? < > |
+    static bool isAllowedName(const QString &name);
 
     // Where files are written.
     QString cartridgeFolder() const;

@@ -21,8 +21,8 @@ class findTextureDialog : public QDialog
     Q_OBJECT
 
 public:
-    /// \a parent receives the search() signal; the dialog is not its child. \a description names the searched range. The path field
-    /// starts with \a fileName, a folder if \a multiple is true; empty for none.
+    /// \a parent receives the search() signal; the dialog is not its child. \a description names the searched range. The path
+    /// field starts with \a fileName, a folder if \a multiple is true; empty for none.
     findTextureDialog(QWidget *parent, QString description, const QString &fileName, bool multiple);
 
 public slots:

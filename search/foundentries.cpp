@@ -37,3 +37,21 @@ void EntryIndex::add(fileTreeFile *entry)
         m_nextEqual[chain.last] = place;
     chain.last = place;
 }
+
+KnownTextures::KnownTextures(const fileTreeDirectory &folder)
+{
+    const fileTreeDirectory *root = &folder;
+    while (root->parent)
+        root = root->parent;
+    const QList<fileTreeFile *> textures = fileTreeContainer().allFiles(root);
+    for (const fileTreeFile *texture : textures)
+        insert(*texture, texture->realAddress());
+}
+
+bool KnownTextures::insert(const fileTreeFile &texture, int realAddress)
+{
+    const QString key = QStringLiteral("%1 %2 %3 ").arg(realAddress).arg(texture.width).arg(texture.height) + texture.format;
+    const int before = m_keys.size();
+    m_keys.insert(key);
+    return m_keys.size() > before;
+}

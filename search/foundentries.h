@@ -4,6 +4,7 @@
 #include "model/rom.h"
 
 #include <QHash>
+#include <QSet>
 #include <QVector>
 
 /// What to do with a found texture; the values are those of the dialog's choices.
@@ -11,6 +12,20 @@ enum DuplicateMode {
     OverwriteEntry = 0, ///< It replaces an equal entry of the folder.
     CreateNewEntry = 1, ///< It becomes a new entry in any case.
     DoNotCreateEntry = 2, ///< It is only reported.
+};
+
+/// The textures that a whole table describes, by where they lie in the image.
+class KnownTextures
+{
+public:
+    /// Takes in the table that \a folder belongs to.
+    explicit KnownTextures(const fileTreeDirectory &folder);
+
+    /// Takes in a texture. Returns false when it is known already.
+    bool insert(const fileTreeFile &texture, int realAddress);
+
+private:
+    QSet<QString> m_keys;
 };
 
 /// The entries of one folder, indexed by address, format, width and height. Gives the same answers as

@@ -27,12 +27,12 @@ private:
     qint64 m_bytes = 0;
 };
 
-/// Finds the copies of many byte patterns in one range, at the cost of reading the range a few times. The copies and their order are
-/// those of a plain search for each pattern from the front, where each search continues at the end of the previous copy.
+/// Finds the copies of many byte patterns in one range, at the cost of reading the range a few times. The copies and their order
+/// are those of a plain search for each pattern from the front, where each search continues at the end of the previous copy.
 ///
-/// There are three ways. One sweep serves most patterns together. Flat patterns, and patterns with a long flat part, are looked up in
-/// the list of periodic runs of the range. The rest, very short patterns and patterns of very frequent words, use plain substring
-/// search when their copies are asked for. docs/search.md explains and measures each.
+/// There are three ways. One sweep serves most patterns together. Flat patterns, and patterns with a long flat part, are looked
+/// up in the list of periodic runs of the range. The rest, very short patterns and patterns of very frequent words, use plain
+/// substring search when their copies are asked for. docs/search.md explains and measures each.
 class PatternSearch
 {
 public:

@@ -25,9 +25,9 @@ struct SweptPattern
     qint64 workLeft = 0; ///< Budget, in bytes read.
 };
 
-/// Finds the copies of many patterns in one pass over a range, at any alignment. For each remainder of an offset modulo the stride,
-/// a pattern contributes its rarest 8-byte word at such an offset to a hash table. Each copy then has exactly one of these words at a
-/// multiple of the stride, so a sweep over the multiples of the stride finds each copy once.
+/// Finds the copies of many patterns in one pass over a range, at any alignment. For each remainder of an offset modulo the
+/// stride, a pattern contributes its rarest 8-byte word at such an offset to a hash table. Each copy then has exactly one of
+/// these words at a multiple of the stride, so a sweep over the multiples of the stride finds each copy once.
 class PatternSweep
 {
 public:

@@ -6,8 +6,8 @@
 
 #include <QVector>
 
-/// The bytes from \a begin to before \a end, in which every byte equals the one eight bytes later. Flat areas are such runs in every
-/// format: a colour is one, two or four bytes that repeat.
+/// The bytes from \a begin to before \a end, in which every byte equals the one eight bytes later. Flat areas are such runs in
+/// every format: a colour is one, two or four bytes that repeat.
 struct PeriodicRun
 {
     int begin = 0;
@@ -19,8 +19,8 @@ struct PeriodicRun
 /// The longest periodic run in \a size bytes, the first of that length; empty when there are fewer than eight.
 PeriodicRun longestPeriodicRun(const char *bytes, int size);
 
-/// The long periodic runs of a range. A copy of a flat pattern, or of a pattern with a long flat part, lies at such a run. The list
-/// finds it without reading the range again; a search by content has a candidate at every byte of every run.
+/// The long periodic runs of a range. A copy of a flat pattern, or of a pattern with a long flat part, lies at such a run. The
+/// list finds it without reading the range again; a search by content has a candidate at every byte of every run.
 class PeriodicRuns
 {
 public:

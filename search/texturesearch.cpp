@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "search/texturesearch.h"
 
+#include "base/wrapping.h"
 #include "codec/pictureloader.h"
 #include "codec/texturemanipulator.h"
 #include "model/bulkadder.h"
@@ -190,6 +191,8 @@ void TextureSearch::storeHits(const QVector<Hit> &hits, const QString &name, con
     }
     if (m_options.duplicateMode == OverwriteEntry && !m_entries)
         m_entries = std::make_unique<EntryIndex>(*m_folder);
+    if (m_options.onlyNew && !m_known)
+        m_known = std::make_unique<KnownTextures>(*m_folder);
 
     const QStringList formats = m_options.formats.keys();
     QVector<TextureReplacement> changes;
@@ -202,6 +205,11 @@ void TextureSearch::storeHits(const QVector<Hit> &hits, const QString &name, con
         entry->width = picture.width;
         entry->height = picture.height;
         entry->address = hit.position;
+        if (m_known && !m_known->insert(*entry, addWrapping(m_folder->realAddress(), hit.position))) {
+            m_observer->copyHandled(SearchObserver::Outcome::Ignored);
+            delete entry;
+            continue;
+        }
         fileTreeFile *old = m_entries ? m_entries->takeEqualTo(*entry) : nullptr;
         if (m_entries)
             m_entries->add(entry);
@@ -212,6 +220,8 @@ void TextureSearch::storeHits(const QVector<Hit> &hits, const QString &name, con
     }
     if (replaces)
         m_observer->beforeReplacing(changes);
+    if (added.isEmpty())
+        return;
     BulkAdder(m_folder).replaceFiles(changes);
     m_observer->entriesAdded(added);
 }

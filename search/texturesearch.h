@@ -22,6 +22,8 @@ struct TextureSearchOptions
     QMap<QString, textureFormat> formats; ///< Tried in the order of their names.
     bool firstOnly = true; ///< A picture's search ends with the first copy.
     int duplicateMode = OverwriteEntry; ///< A DuplicateMode.
+    /// Copies whose address, format, width and height an entry anywhere in the table has are only reported.
+    bool onlyNew = false;
 };
 
 /// Maximum bytes of patterns in a batch for a range of \a rangeSize bytes. With the tables of the sweep, the list of runs and the
@@ -87,5 +89,6 @@ private:
     std::unique_ptr<PatternSearch> m_searchForLarge; ///< Made for the first large picture.
     std::unique_ptr<EntryIndex> m_entries; ///< Made for the first copy that can overwrite an entry.
     QVector<Picture> m_pictures; ///< Of the batch.
+    std::unique_ptr<KnownTextures> m_known; ///< Made for the first copy that can be known already.
     int m_nextPicture = 0;
 };

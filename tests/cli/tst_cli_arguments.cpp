@@ -161,7 +161,8 @@ private slots:
             if (!command.synopsis.startsWith("IMAGE"))
                 continue;
             QStringList arguments = command.name.split(' ') << "no/such/image.z64";
-            while (arguments.size() - 1 < (command.name == "replace" ? command.most : command.fewest))
+            const int words = command.name.count(' ') + 1;
+            while (arguments.size() - words < (command.name == "replace" ? command.most : command.fewest))
                 arguments << "Root/x";
             for (const QCommandLineOption &option : command.options) {
                 if (option.names().contains("dry-run") && command.name != "checksum" && command.name != "search"
@@ -171,6 +172,8 @@ private slots:
             if (command.name == "gallery")
                 arguments << "-o"
                           << "out.html";
+            if (command.name == "set")
+                arguments << "--width" << "1";
             const CommandCall missing = call(arguments);
             QVERIFY2(missing.status == 1, qPrintable(command.name + missing.err));
             QVERIFY2(missing.err.contains("no/such/image.z64"), qPrintable(missing.err));

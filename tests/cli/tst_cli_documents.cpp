@@ -81,6 +81,23 @@ private slots:
                                         QStringList {"import-folder", folder.path("in"), "--in-place"}}) {
             collectKeys(folder.call(more.first(), more.mid(1) + QStringList {"--json"}).json(), &keys);
         }
+        const QStringList dry {"--dry-run", "--json", "--profiles", folder.profiles()};
+        for (const QStringList &one : {QStringList {"add", folder.imagePath(), "new"},
+                                       {"remove", folder.imagePath(), "x"},
+                                       {"profile", "new", folder.imagePath(), "new"},
+
+                                       {"replace", folder.imagePath(), "x", folder.path("in/x.png")}})
+            collectKeys(call(one + dry).json(), &keys);
+        for (const QStringList &one : {QStringList {"gallery", "-o", folder.path("g.html")},
+                                       {"profile", "list"},
+                                       {"extract", "-o", folder.path("out")},
+                                       {"help"}}) {
+            const QStringList rest =
+                one.first() == "help" ? QStringList() : QStringList {"--profiles", folder.profiles(), folder.imagePath()};
+            collectKeys(call(one + QStringList {"--json"} + rest).json(), &keys);
+        }
+        collectKeys(call({"convert", folder.imagePath(), "--dry-run", "--json"}).json(), &keys);
+        collectKeys(call({"demo", "--json", "--profiles", folder.profiles(), folder.path("demo")}).json(), &keys);
         collectKeys(call({"checksum", "--json", folder.imagePath()}).json(), &keys);
         for (const QString &patch : {folder.path("p.bps"), folder.path("p.ips")}) {
             collectKeys(call({"patch", "create", folder.imagePath(), folder.imagePath(), "-o", patch, "--json"}).json(), &keys);

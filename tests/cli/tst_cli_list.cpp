@@ -73,6 +73,8 @@ private slots:
         QCOMPARE(stone["width"].toInt(), 16);
         QCOMPARE(stone["height"].toInt(), 8);
         QCOMPARE(stone["paletteAddress"].toInt(), 0x60);
+        QCOMPARE(stone["offset"].toInt(), 0x10);
+        QCOMPARE(stone["paletteOffset"].toInt(), 0x20);
         QVERIFY(textures.at(1).toObject()["paletteAddress"].isNull());
         QVERIFY(textures.at(0).toObject()["width"].isNull());
         QVERIFY(textures.at(0).toObject()["size"].isNull());
@@ -100,9 +102,31 @@ private slots:
         QVERIFY(!QFile::exists(m_folder->profiles() + "/NQLE0/settings.xml"));
 
         QDir().mkpath(m_folder->profiles() + "/NQLE0/empty");
-        const CommandCall empty = m_folder->call("list", {"--profile", "empty"});
+        const CommandCall empty = m_folder->call("verify", {"--profile", "empty"});
         QCOMPARE(empty.status, 1);
         QVERIFY(empty.err.contains("fileList.xml"));
+    }
+
+    void imageWithoutProfileHasAnEmptyTable()
+    {
+        const ProfileFolder folder(cartridgeImage(4096));
+        const CommandCall list = folder.call("list");
+        QCOMPARE(list.status, 0);
+        QVERIFY(list.err.isEmpty());
+        QVERIFY(list.out.endsWith("0x00000000        4096  folder    -            -           Root/\n"));
+        QVERIFY(folder.call("list", {"--json"}).json()["textures"].toArray().isEmpty());
+        QVERIFY(!QDir(folder.profiles()).exists());
+        QDir().mkpath(m_folder->profiles() + "/NQLE0/empty");
+        QCOMPARE(m_folder->call("list", {"--profile", "empty"}).status, 0);
+    }
+
+    void infoTellsOfASharedIdentifier()
+    {
+        const ProfileFolder folder(cartridgeImage(4096, QByteArray(4, '\0'), 3));
+        QVERIFY(folder.call("info").out.contains("3 (the header names no game"));
+        QCOMPARE(folder.call("info", {"--json"}).json()["identifierShared"].toBool(), true);
+        QVERIFY(!m_folder->call("info").out.contains("names no game"));
+        QCOMPARE(m_folder->call("info", {"--json"}).json()["identifierShared"].toBool(true), false);
     }
 
     void profileNamesStayInTheirFolder()

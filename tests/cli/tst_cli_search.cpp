@@ -72,6 +72,45 @@ private slots:
         QVERIFY(!fileBytes(m_folder->fileListPath()).contains("one"));
     }
 
+    void picturesComeInNaturalOrderWithThePathsAsGiven()
+    {
+        QDir().mkpath(path("many/B"));
+        for (const char *name : {"many/10.png", "many/2.png", "many/B/1.png", "many/a.png"})
+            QVERIFY(picture(1).save(path(name)));
+        const auto order = [this](const QString &given) {
+            QStringList files;
+            const QJsonArray pictures = call({given, "--json", "--formats", "i8"}).json()["pictures"].toArray();
+            for (const QJsonValue &one : pictures)
+                files << one.toObject()["picture"].toString();
+            return files;
+        };
+        const QString folder = path("many");
+        QCOMPARE(order(folder), QStringList({folder + "/2.png", folder + "/10.png", folder + "/a.png", folder + "/B/1.png"}));
+        const QString back = QDir::currentPath();
+        QVERIFY(QDir::setCurrent(folder));
+        const QStringList relative = order("../many/B/..");
+        QDir::setCurrent(back);
+        QCOMPARE(relative.first(), QString("../many/B/../2.png"));
+    }
+
+    void skipAddsOnlyWhatIsNew()
+    {
+        // The copy at 0x2000 is described in the folder, that at 0x4000 in another format.
+        m_folder->addProfile("<directory name=\"D\" address=\"0x1000\" size=\"0x2000\">"
+                             "<texture name=\"known\" address=\"0x1000\" format=\"rgba32\" width=\"4\" height=\"4\"/></directory>"
+                             "<texture name=\"other\" address=\"0x4000\" format=\"i4\" width=\"4\" height=\"4\"/>");
+        const QStringList skipping {path("one.png"), "--add", "--duplicates", "skip", "--json"};
+        const QJsonObject first = call(skipping).json();
+        QCOMPARE(first["hits"].toArray().size(), 3);
+        QCOMPARE(first["added"].toInt(), 2);
+        QCOMPARE(first["overwritten"].toInt(), 0);
+        QCOMPARE(fileBytes(m_folder->fileListPath()).count("<texture "), 4);
+        QCOMPARE(call(skipping).json()["added"].toInt(), 0);
+        QCOMPARE(call(QStringList {"--in", "D"} + skipping).json()["added"].toInt(), 0);
+        QCOMPARE(fileBytes(m_folder->fileListPath()).count("<texture "), 4);
+        QCOMPARE(call({path("one.png"), "--add", "--duplicates", "ignore", "--json"}).json()["added"].toInt(), 0);
+    }
+
     void needsNoProfile()
     {
         const CommandCall found =
