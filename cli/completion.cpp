@@ -108,8 +108,8 @@ QString positionalName(const Typed &typed)
     if (typed.values.contains(QStringLiteral("offset")))
         names = names.filter(QRegularExpression(QStringLiteral("^[^\\[]")));
     QString name = names.value(typed.positionals.size());
-    if (name.isEmpty() && !names.isEmpty() && names.constLast().contains(QLatin1String("...")))
-        name = names.constLast();
+    if (name.isEmpty())
+        name = names.filter(QStringLiteral("...")).value(0);
     return name.remove(QLatin1String("...")).remove(QLatin1Char('[')).remove(QLatin1Char(']'));
 }
 

@@ -113,6 +113,19 @@ want_packaging_tools() {
     fi
 }
 
+# The shells whose completion is tested (46 MB), and a browser for the gallery (117 MB to fetch, 27 s to install). Their tests are
+# skipped where they cannot be installed.
+want_shells_and_browser() {
+    local missing=()
+    have zsh || missing+=(zsh)
+    have fish || missing+=(fish)
+    have chromium || missing+=(chromium)
+    [ ${#missing[@]} -gt 0 ] || return 0
+    if ! may_install || ! (install_packages "${missing[@]}"); then
+        say "Some tests will be skipped: ${missing[*]} cannot be installed from here."
+    fi
+}
+
 # build FOLDER TARGETS [CMAKE ARGUMENT...]: configures FOLDER if that has not been done, and builds TARGETS, several in one word
 build() {
     local folder=$1 targets=$2 log

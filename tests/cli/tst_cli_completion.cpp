@@ -150,6 +150,8 @@ private slots:
         QCOMPARE(offered(list + QStringList {"--profile", "second one", "Root/"}), QStringList({"Root/Other"}));
         QCOMPARE(offered({"search", "--profiles=" + m_folder->profiles(), m_folder->imagePath(), "--in", "Root/B"}),
                  QStringList({"Root/Big Town/"}));
+        QCOMPARE(offered({"move", "--profiles", m_folder->profiles(), m_folder->imagePath(), "a", "b", "c", "Root/B"}),
+                 QStringList({"Root/Big Town/"}));
         // A texture that options describe needs no entry.
         QCOMPARE(kindOf({"replace", "--offset", "1", m_folder->imagePath(), ""}), QString("files"));
     }

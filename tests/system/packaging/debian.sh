@@ -18,6 +18,7 @@ share/bash-completion/completions/quillary-cli
 share/doc/quillary/changelog.Debian.gz
 share/doc/quillary/changelog.gz
 share/doc/quillary/copyright
+share/fish/vendor_completions.d/quillary-cli.fish
 share/icons/hicolor/128x128/apps/quillary.png
 share/icons/hicolor/16x16/apps/quillary.png
 share/icons/hicolor/24x24/apps/quillary.png
@@ -28,7 +29,8 @@ share/icons/hicolor/64x64/apps/quillary.png
 share/icons/hicolor/scalable/apps/quillary.svg
 share/man/man1/quillary-cli.1.gz
 share/man/man1/quillary.1.gz
-share/metainfo/$id.metainfo.xml" "$(files "$root")"
+share/metainfo/$id.metainfo.xml
+share/zsh/vendor-completions/_quillary-cli" "$(files "$root")"
 check_modes "$root"
 check_documents "$root/share/doc/quillary"
 expect "Files of the package's control" "control md5sums" "$(cd "$work/control" && echo *)"

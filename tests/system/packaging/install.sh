@@ -12,6 +12,7 @@ bin/quillary-cli
 share/applications/$id.desktop
 share/bash-completion/completions/quillary-cli
 share/doc/quillary/LICENSE
+share/fish/vendor_completions.d/quillary-cli.fish
 share/icons/hicolor/128x128/apps/quillary.png
 share/icons/hicolor/16x16/apps/quillary.png
 share/icons/hicolor/24x24/apps/quillary.png
@@ -22,7 +23,8 @@ share/icons/hicolor/64x64/apps/quillary.png
 share/icons/hicolor/scalable/apps/quillary.svg
 share/man/man1/quillary-cli.1
 share/man/man1/quillary.1
-share/metainfo/$id.metainfo.xml" "$(files "$root")"
+share/metainfo/$id.metainfo.xml
+share/zsh/vendor-completions/_quillary-cli" "$(files "$root")"
 check_modes "$root"
 check_documents "$root/share/doc/quillary"
 [ -s "$root/share/doc/quillary/CHANGELOG.md" ] || fail "There is no CHANGELOG.md"

@@ -13,6 +13,8 @@ expect "Files" "CHANGELOG.md
 LICENSE
 README.txt
 completions/quillary-cli.bash
+completions/quillary-cli.fish
+completions/quillary-cli.zsh
 docs/man/quillary-cli.1
 docs/man/quillary.1
 icons/quillary-128.png
