@@ -12,6 +12,8 @@ constexpr int cellBytes = 256;
 /// More textures than this hardly make a base clearer.
 constexpr int mostChosen = 24;
 constexpr int fewestTextures = 3;
+/// Textures that the samples are taken for: the largest, since a sample is one in 256 bytes.
+constexpr size_t mostSampled = 10;
 /// Places of the first, sampled pass that are looked at exactly, and how far around each.
 constexpr int mostPeaks = 24;
 constexpr int peakReach = 384;
@@ -19,17 +21,20 @@ constexpr int peakReach = 384;
 constexpr qint64 mostLocalBytes = 256 * 1024;
 constexpr qint64 localReach = 16 * 1024;
 /// Regions of the image that are looked at by decoding, how far apart they are, and how far around each.
-constexpr int mostRegions = 8;
+constexpr int mostRegions = 6;
 constexpr int regionBytes = 1024;
 constexpr int refineReach = 512;
 /// Candidates of a region, and how far apart they are: what is closer are the slopes of a better one.
-constexpr int mostPeaksOfRegion = 4;
+constexpr int mostPeaksOfRegion = 3;
 constexpr int slopeReach = 64;
 /// Regions that are by this much worse than the best are no rivals.
 constexpr double hopeless = 0.2;
 /// Textures that a region is refined with, and how large they are if possible: decoding takes its time.
 constexpr int refiningTextures = 12;
-constexpr int refiningBytes = 2048;
+constexpr int refiningBytes = 1024;
+/// So many of them decide which bases of a region the others are tried at, and at how many.
+constexpr int firstTextures = 4;
+constexpr int mostTried = 12;
 /// Sampled tables that are kept; each takes a sixty-fourth of the image.
 constexpr int mostTables = 12;
 
@@ -132,7 +137,7 @@ QVector<qint64> AddressBases::promisingBases(const Extent &extent)
     const qint64 first = (extent.lowest + cellBytes - 1) & -qint64(cellBytes);
     const int count = int(qMax<qint64>(0, (extent.highest - first) / cellBytes + 1));
     QVector<float> scores(count);
-    for (size_t i = 0; i < m_likeness.size(); ++i) {
+    for (size_t i = 0; i < qMin(m_likeness.size(), mostSampled); ++i) {
         const QVector<float> &sums = samplesFor(m_likeness[i]);
         const qint64 address = m_chosen.at(int(i)).address;
         const qint64 cell = (first + address) / cellBytes;
@@ -146,7 +151,7 @@ QVector<qint64> AddressBases::promisingBases(const Extent &extent)
     QVector<int> peaks;
     for (int c = 0; c < count; ++c) {
         const bool isPeak = (c == 0 || scores.at(c) >= scores.at(c - 1)) && (c + 1 == count || scores.at(c) > scores.at(c + 1));
-        if (isPeak && scores.at(c) > 0.2F * float(m_chosen.size()))
+        if (isPeak && scores.at(c) > 0.2F * float(qMin(m_likeness.size(), mostSampled)))
             peaks.append(c);
     }
     const auto better = [&scores](int a, int b) { return scores.at(a) != scores.at(b) ? scores.at(a) > scores.at(b) : a < b; };
@@ -226,9 +231,16 @@ QVector<AddressBases::Candidate> AddressBases::refined(const Candidate &around, 
         candidate.base = base;
         if (coversCommands(base))
             continue;
-        for (const int texture : qAsConst(textures))
+        for (const int texture : textures.mid(0, firstTextures))
             candidate.score += scoreOf(texture, base) / textures.size();
         candidates.append(candidate);
+    }
+    candidates = bestApart(
+        candidates, mostTried, baseAlignment, [](const Candidate &c) { return c.base; },
+        [](const Candidate &c) { return c.score; });
+    for (Candidate &candidate : candidates) {
+        for (const int texture : textures.mid(firstTextures))
+            candidate.score += scoreOf(texture, candidate.base) / textures.size();
     }
     candidates = bestApart(
         candidates, mostPeaksOfRegion, slopeReach, [](const Candidate &c) { return c.base; },
