@@ -279,7 +279,7 @@ shows() {
 
 preview_centre() { # X Y
     geometry || return 1
-    echo "$((X + WIDTH - 130 * scale)) $((Y + HEIGHT / 2 + 34 * scale))" # there is more above it than below
+    echo "$((X + WIDTH - 163 * scale)) $((Y + HEIGHT / 2 + 34 * scale))" # there is more above it than below
 }
 click_preview() {
     local x y
