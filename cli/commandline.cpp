@@ -57,8 +57,9 @@ const QList<Command> &commands()
                                      profileCopyCommand(), profileDeleteCommand(), profileAutoloadCommand(),
                                      verifyCommand(),      galleryCommand(),       checksumCommand(),
                                      patchCreateCommand(), patchApplyCommand(),    patchInfoCommand(),
-                                     blocksCommand(),      unpackCommand(),        portCommand(),
-                                     packCommand(),        demoCommand(),          helpCommand()};
+                                     tableExportCommand(), tableImportCommand(),   blocksCommand(),
+                                     unpackCommand(),      portCommand(),          packCommand(),
+                                     demoCommand(),        helpCommand()};
     return all;
 }
 

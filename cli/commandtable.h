@@ -28,6 +28,8 @@ Command checksumCommand();
 Command patchCreateCommand();
 Command patchApplyCommand();
 Command patchInfoCommand();
+Command tableExportCommand();
+Command tableImportCommand();
 Command blocksCommand();
 Command unpackCommand();
 Command packCommand();

@@ -115,6 +115,8 @@ PatchKind checkedKind(const Arguments &arguments)
         return PatchKind::Bps;
     }
     const QString path = arguments.value("output");
+    if (isStandardStream(path))
+        return PatchKind::Bps;
     const PatchKind kind = kindBySuffix(path);
     if (kind == PatchKind::Unknown)
         arguments.reject(QStringLiteral("The patch's name tells its kind: it ends in .bps or .ips, unlike \"%1\"").arg(path));
@@ -209,16 +211,12 @@ int apply(const Arguments &arguments, Streams &streams)
     if (madeFor != ByteOrder::BigEndian)
         streams.remark(QStringLiteral("The patch was made for the %1 order and was applied in it").arg(byteOrderName(madeFor)));
 
-    const bool json = arguments.isSet("json");
-    QString sentence;
-    QTextStream aside(&sentence);
-    Streams quiet(aside, streams.err);
     const QByteArray result = currentROM.data;
-    const int status = writeImage(arguments, image, json ? quiet : streams);
+    const int status = writeImage(arguments, image, streams);
     if (status != Done)
         return status;
     const ByteOrder resultOrder = byteOrderOf(result);
-    if (json)
+    if (arguments.isSet("json"))
         printJson(streams.out,
                   {{QStringLiteral("kind"), patchKindName(kind)},
                    {QStringLiteral("madeFor"), kind == PatchKind::Bps ? QJsonValue(byteOrderName(madeFor)) : QJsonValue()},
@@ -318,7 +316,7 @@ Command patchCreateCommand()
 {
     QList<QCommandLineOption> options {
         {{QStringLiteral("o"), QStringLiteral("output")},
-         QStringLiteral("Write the patch to FILE, whose name ends in .bps or .ips."),
+         QStringLiteral("Write the patch to FILE, whose name ends in .bps or .ips; \"-\" is a BPS patch on standard output."),
          QStringLiteral("FILE")},
         {QStringLiteral("dry-run"), QStringLiteral("Write nothing, but say what the patch would be; without -o a BPS patch.")}};
     return {

@@ -100,7 +100,7 @@ public:
         const cli::Command &command = cli::commands().at(input->below(cli::commands().size()));
         m_command = kind == 0 ? text() : command.name;
         m_options = command.options;
-        m_arguments << QStringLiteral("quillary-cli") << m_command;
+        m_arguments << QStringLiteral("quillary-cli") << (kind == 0 ? QStringList(m_command) : m_command.split(QLatin1Char(' ')));
         // Without it, the profiles are beside the program, where nothing may be written.
         const auto isProfiles = [](const QCommandLineOption &one) { return one.names().contains(QStringLiteral("profiles")); };
         if (std::any_of(m_options.begin(), m_options.end(), isProfiles))

@@ -31,10 +31,10 @@ public:
         writeFile(path(name), bytes);
     }
 
-    /// Calls \a command with this folder's profiles and image, and \a more behind.
+    /// Calls \a command, of one or two words, with this folder's profiles and image, and \a more behind.
     CommandCall call(const QString &command, const QStringList &more = QStringList()) const
     {
-        return ::call(QStringList {command, "--profiles", profiles(), imagePath()} + more);
+        return ::call(command.split(' ') + QStringList {"--profiles", profiles(), imagePath()} + more);
     }
 
 private:

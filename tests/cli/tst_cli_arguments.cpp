@@ -169,6 +169,9 @@ private slots:
                     && command.name != "discover")
                     arguments << "--dry-run";
             }
+            if (command.name.startsWith("table "))
+                arguments << "--as"
+                          << "csv";
             if (command.name == "gallery")
                 arguments << "-o"
                           << "out.html";

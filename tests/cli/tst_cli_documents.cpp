@@ -99,6 +99,8 @@ private slots:
         collectKeys(call({"convert", folder.imagePath(), "--dry-run", "--json"}).json(), &keys);
         collectKeys(call({"demo", "--json", "--profiles", folder.profiles(), folder.path("demo")}).json(), &keys);
         collectKeys(call({"checksum", "--json", folder.imagePath()}).json(), &keys);
+        collectKeys(folder.call("table export", {"-o", folder.path("t.csv"), "--json"}).json(), &keys);
+        collectKeys(folder.call("table import", {folder.path("t.csv"), "--json"}).json(), &keys);
         for (const QString &patch : {folder.path("p.bps"), folder.path("p.ips")}) {
             collectKeys(call({"patch", "create", folder.imagePath(), folder.imagePath(), "-o", patch, "--json"}).json(), &keys);
             collectKeys(call({"patch", "info", patch, "--json"}).json(), &keys);

@@ -6,6 +6,9 @@
 #include "model/textureformat.h"
 #include "persist/filelist.h"
 #include "persist/profilestore.h"
+#include "persist/splatyaml.h"
+#include "persist/tablecsv.h"
+#include "persist/zeldaxml.h"
 #include "support/pictures.h"
 #include "support/transfer.h"
 #include "transfer/texturepack.h"
@@ -154,6 +157,7 @@ private slots:
     void pixelsAreReadAsStated();
     void sizesAreAsStated();
     void packIsReadAsStated();
+    void tablesOfOtherToolsAreReadAsStated();
 };
 
 void DocumentsTest::linksResolve_data()
@@ -334,6 +338,36 @@ void DocumentsTest::packIsReadAsStated()
              QStringList(
                  {"Treasure/Gem.png rgba32 0x003D0000", "Walls/sign.png ci8 0x00151010", "Walls/tile_a.png rgba32 0x00150010"}));
     QCOMPARE(written, QList<int>({0x10, 0x1010, 0x280000}));
+}
+
+void DocumentsTest::tablesOfOtherToolsAreReadAsStated()
+{
+    const auto example = [](const QString &language, const QString &begin) {
+        const QList<QPair<QString, QString>> examples = blocks("docs/formats.md", language);
+        for (const auto &one : examples) {
+            if (one.first.startsWith(begin))
+                return one.first.toUtf8();
+        }
+        return QByteArray();
+    };
+    const auto records = [](bool (*read)(const QByteArray &, TableDocument *, QString *), const QByteArray &document) {
+        TableDocument table;
+        QString error;
+        if (!read(document, &table, &error) || !table.leftOut.isEmpty())
+            QTest::qFail(qPrintable(error + table.leftOut.join('\n')), __FILE__, __LINE__);
+        QStringList lines;
+        for (const TableRecord &record : qAsConst(table.records))
+            lines << (record.folders + QStringList(record.name)).join('/') + ' ' + hexNumber(record.address) + ' '
+                    + hexNumber(record.palette.value_or(-1)) + ' ' + record.format;
+        return lines;
+    };
+    const QString grass = "Level/Grass 0x00140000 0xFFFFFFFF rgb5a1";
+    const QString wave = "Level/Water/Wave 0x00168020 0x00168000 ci4";
+    QCOMPARE(records(readTableCsv, example("csv", "path,")),
+             QStringList({"Level 0x00140000 0xFFFFFFFF ", grass, "Level/Water 0x00168000 0xFFFFFFFF ", wave}));
+    QCOMPARE(records(readSplatYaml, example("yaml", "segments:")), QStringList({grass, wave}));
+    QCOMPARE(records(readZeldaXml, example("html", "<Root>")),
+             QStringList({"object_coin 0x00000000 0xFFFFFFFF ", "object_coin/coin 0x00000020 0x00000000 ci4"}));
 }
 
 QTEST_MAIN(DocumentsTest)
