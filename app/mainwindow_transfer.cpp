@@ -38,6 +38,8 @@ public:
 
     void debug(const QString &line) override { QMessageLogger(__FILE__, __LINE__, m_function).debug().noquote() << line; }
     void status(const QString &text, int milliseconds) override { m_statusBar->showMessage(text, milliseconds); }
+    void warning(const QString &text) override { QMessageLogger(__FILE__, __LINE__, m_function).warning().noquote() << text; }
+    void notImported(const QString &text) override { warning(text); }
 
 private:
     QStatusBar *m_statusBar;

@@ -23,4 +23,6 @@ public:
     virtual ~WorkLog() = default;
     virtual void debug(const QString &) {}       ///< A line for the debug log, ready to print.
     virtual void status(const QString &, int) {} ///< A message for the user, and the milliseconds it stays up.
+    virtual void warning(const QString &) {}     ///< What the work drops or changes although it succeeds.
+    virtual void notImported(const QString &) {} ///< A picture or folder that is left out, and why.
 };

@@ -74,8 +74,7 @@ bool openImage(const Arguments &arguments, OpenedImage *image, Streams &streams)
         return false;
     image->path = path;
     image->size = bytes.size();
-    if (arguments.isSet("dry-run") || arguments.isSet("json"))
-        image->original = bytes;
+    image->original = bytes;
     currentROM.data = bytes;
     currentROM.loaded = true;
     currentROM.baseName = QFileInfo(path).completeBaseName();
@@ -138,6 +137,27 @@ QJsonObject imageWritingJson(const Arguments &arguments, const OpenedImage &imag
             {QStringLiteral("changedBytes"), changes.count},
             {QStringLiteral("firstChange"), changes.count > 0 ? QJsonValue(changes.first) : QJsonValue()},
             {QStringLiteral("lastChange"), changes.count > 0 ? QJsonValue(changes.last) : QJsonValue()}};
+}
+
+int writeChangedImage(const Arguments &arguments, const OpenedImage &image, Streams &streams)
+{
+    if (arguments.isSet("dry-run"))
+        return writeImage(arguments, image, streams);
+    const bool inPlace = !arguments.isSet("output");
+    const QString path = inPlace ? image.path : arguments.value("output");
+    const auto holdsTheBytes = [&path] {
+        if (isStandardStream(path))
+            return false;
+        QByteArray bytes;
+        QString error;
+        return QFileInfo(path).size() == currentROM.data.size() && readInput(path, &bytes, &error) && bytes == currentROM.data;
+    };
+    const bool same = inPlace ? currentROM.data == image.original : holdsTheBytes();
+    if (!same)
+        return writeImage(arguments, image, streams);
+    if (!arguments.isSet("json"))
+        streams.out << QStringLiteral("Nothing changes; %1 was not written.\n").arg(printable(path));
+    return Done;
 }
 
 int writeImage(const Arguments &arguments, const OpenedImage &image, Streams &streams, ByteOrder order)

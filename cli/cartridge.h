@@ -19,7 +19,7 @@ struct OpenedImage
     QString path;
     ByteOrder order = ByteOrder::Unknown; ///< Of the file; Unknown for what is no cartridge image and was taken as it is.
     int size = 0; ///< In bytes.
-    QByteArray original; ///< The bytes at opening, big-endian; kept only for --dry-run and --json, which compare.
+    QByteArray original; ///< The bytes at opening, big-endian: shared with currentROM until these change.
     FileLock lock; ///< On the file, for a command that writes over it.
 };
 
@@ -66,4 +66,8 @@ ByteChanges changesBetween(const QByteArray &before, const QByteArray &after);
 /// What writeImage() with the same arguments writes, for a command's --json, by which writeImage() itself prints nothing. Call it
 /// before that: writing in another order lets go of the image.
 QJsonObject imageWritingJson(const Arguments &arguments, const OpenedImage &image, ByteOrder order = ByteOrder::BigEndian);
+
+/// As writeImage(), but a file that would stay the same is not written, which is said: the image itself when no byte of it
+/// changes, whatever its byte order, and another file that has these very bytes.
+int writeChangedImage(const Arguments &arguments, const OpenedImage &image, Streams &streams);
 }

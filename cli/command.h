@@ -33,6 +33,8 @@ public:
     void remark(const QString &message);
     /// Writes \a bytes to standard output as they are. Returns false with the reason in \a error.
     bool writeBytes(const QByteArray &bytes, QString *error);
+    /// The same, marked as a warning: it was done, but not all is as the user may expect.
+    void warn(const QString &message);
 
     QTextStream &out;
     QTextStream &err;

@@ -55,11 +55,11 @@ const QList<Command> &commands()
                                      addCommand(),         setCommand(),           moveCommand(),
                                      removeCommand(),      profileListCommand(),   profileNewCommand(),
                                      profileCopyCommand(), profileDeleteCommand(), profileAutoloadCommand(),
-                                     verifyCommand(),      galleryCommand(),       checksumCommand(),
-                                     patchCreateCommand(), patchApplyCommand(),    patchInfoCommand(),
-                                     tableExportCommand(), tableImportCommand(),   blocksCommand(),
-                                     unpackCommand(),      portCommand(),          packCommand(),
-                                     demoCommand(),        helpCommand()};
+                                     verifyCommand(),      diffCommand(),          galleryCommand(),
+                                     checksumCommand(),    patchCreateCommand(),   patchApplyCommand(),
+                                     patchInfoCommand(),   tableExportCommand(),   tableImportCommand(),
+                                     blocksCommand(),      unpackCommand(),        portCommand(),
+                                     packCommand(),        demoCommand(),          helpCommand()};
     return all;
 }
 

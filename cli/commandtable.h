@@ -24,6 +24,7 @@ Command profileCopyCommand();
 Command profileDeleteCommand();
 Command profileAutoloadCommand();
 Command verifyCommand();
+Command diffCommand();
 Command checksumCommand();
 Command patchCreateCommand();
 Command patchApplyCommand();

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "cli/arguments.h"
 #include "cli/commandtable.h"
+#include "cli/importsummary.h"
 #include "cli/output.h"
 #include "cli/profile.h"
 #include "cli/terminalprogress.h"
@@ -11,34 +12,12 @@
 #include "transfer/texturepack.h"
 
 #include <QFileInfo>
-#include <QJsonArray>
 #include <QJsonObject>
 
 namespace cli
 {
 namespace
 {
-/// What came of an import, for people and for programs.
-struct ImportSummary
-{
-    QString source; ///< The folder or pack.
-    QString target; ///< The folder of the table.
-    int written = 0; ///< Textures.
-    QStringList left; ///< A line for each picture or folder that was not imported.
-    int foldersAdded = 0;
-    int texturesAdded = 0;
-};
-
-QJsonObject json(const ImportSummary &summary)
-{
-    return {{QStringLiteral("source"), summary.source},
-            {QStringLiteral("target"), summary.target},
-            {QStringLiteral("written"), summary.written},
-            {QStringLiteral("notImported"), QJsonArray::fromStringList(summary.left)},
-            {QStringLiteral("foldersAdded"), summary.foldersAdded},
-            {QStringLiteral("texturesAdded"), summary.texturesAdded}};
-}
-
 void printText(const ImportSummary &summary, bool dryRun, QTextStream &out)
 {
     out << (dryRun ? QLatin1String("Would import ") : QLatin1String("Imported "))
@@ -60,17 +39,16 @@ bool isReadableFolder(const QString &path, Streams &streams)
     return false;
 }
 
-/// Writes what the import changed and says what came of it; the summary comes last, or is the whole output with --json.
+/// Writes what the import changed and prints the summary, which is the whole output with --json.
 int finish(const Arguments &arguments, const OpenedImage &image, ChosenProfile *listToWrite, const ImportSummary &summary,
            Streams &streams)
 {
-    for (const QString &line : summary.left)
-        streams.remark(line);
+    printProblems(summary, streams);
     QString sentences;
     QTextStream aside(&sentences);
     Streams quiet(aside, streams.err);
     Streams &chosen = arguments.isSet("json") ? quiet : streams;
-    int status = writeImage(arguments, image, chosen);
+    int status = writeChangedImage(arguments, image, chosen);
     if (status == Done && listToWrite)
         status = writeProfile(arguments, listToWrite, chosen);
     if (status != Done)
@@ -99,7 +77,9 @@ int runFolder(const Arguments &arguments, Streams &streams)
     if (!node.folder)
         return streams.failed(pathNamesNothing(arguments.positional(2), profile));
 
-    ImportSummary summary {source, fullPath(*node.folder), 0, {}, 0, 0};
+    ImportSummary summary;
+    summary.source = source;
+    summary.target = fullPath(*node.folder);
     ImageWriter writer;
     KeptMessages log;
     QString report;
@@ -107,10 +87,11 @@ int runFolder(const Arguments &arguments, Streams &streams)
         TerminalProgress progress(streams.err);
         progress.setMaximum(countFilesBelow(source));
         progress.setLabel(QStringLiteral("Importing textures"));
-        importPictureFolder(source, node.folder, writer.sink(), &progress, &log, &report);
+        importPictureFolder(source, node.folder, writer.sink(), &progress, &log, &report, jpegRule(arguments));
     }
     summary.written = writer.written;
     summary.left = report.split(QLatin1Char('\n'), Qt::SkipEmptyParts) + log.messages + writer.failures;
+    summary.warnings = log.warnings;
     return finish(arguments, image, nullptr, summary, streams);
 }
 
@@ -127,10 +108,12 @@ int runPack(const Arguments &arguments, Streams &streams)
 
     ImageWriter writer;
     KeptMessages log;
-    const TexturePackImport added = importPack(source, currentROM.root, currentROM.data, writer.sink(), &log);
+    const TexturePackImport added =
+        importPack(source, currentROM.root, currentROM.data, writer.sink(), &log, jpegRule(arguments));
     const bool listed = !arguments.isSet("no-add") && added.lastFolder;
     const ImportSummary summary {
-        source, fullPath(*currentROM.root), writer.written, log.messages + writer.failures, added.folders, added.textures};
+        source,        fullPath(*currentROM.root), writer.written, log.messages + writer.failures, log.warnings, added.folders,
+        added.textures};
     return finish(arguments, image, listed ? &profile : nullptr, summary, streams);
 }
 }
@@ -142,11 +125,12 @@ Command importFolderCommand()
             QStringLiteral("IMAGE FOLDER [PATH]"),
             QStringLiteral(
                 "FOLDER stands for the folder of the table that PATH names, without it for the root: each picture in it is\n"
-                "written over the texture of its name, each directory into the folder of its name. What is not imported is\n"
-                "listed on standard error, and the exit status is then 1; the rest is imported all the same."),
+                "written over the texture of its name, each directory into the folder of its name. Palettes stay: for ci4 and\n"
+                "ci8, a picture without a colour table gets the nearest colours of the texture's palette. What is not imported\n"
+                "is listed on standard error, and the exit status is then 1; the rest is imported all the same."),
             2,
             3,
-            imageWritingOptions() << profileOptions() << jsonOption(),
+            imageWritingOptions() << allowOverrunOption() << profileOptions() << jsonOption(),
             runFolder};
 }
 
@@ -154,7 +138,7 @@ Command importPackCommand()
 {
     QList<QCommandLineOption> options = imageWritingOptions();
     options << QCommandLineOption(QStringLiteral("no-add"), QStringLiteral("Leave the profile's file list as it is."))
-            << profileOptions() << jsonOption();
+            << allowOverrunOption() << profileOptions() << jsonOption();
     return {QStringLiteral("import-pack"),
             QStringLiteral("Import a texture pack into the image and the file list."),
             QStringLiteral("IMAGE PACK"),

@@ -48,6 +48,11 @@ int Streams::failed(const QString &message)
     return Failed;
 }
 
+void Streams::warn(const QString &message)
+{
+    remark(QStringLiteral("warning: ") + message);
+}
+
 void Streams::remark(const QString &message)
 {
     err << QLatin1String("quillary-cli: ") << printable(message) << '\n';

@@ -4,6 +4,7 @@
 #include "cli/commandtable.h"
 #include "cli/describedtexture.h"
 #include "cli/files.h"
+#include "cli/importsummary.h"
 #include "cli/output.h"
 #include "cli/profile.h"
 #include "cli/worklog.h"
@@ -12,7 +13,7 @@
 #include "model/tablewalk.h"
 #include "transfer/replacement.h"
 
-#include <QFileInfo>
+#include <QJsonArray>
 #include <QJsonObject>
 #include <QTemporaryFile>
 
@@ -52,36 +53,26 @@ private:
     std::optional<int> m_choice;
 };
 
-/// What a user should know although the replacement goes on as in the window.
-void remarkOnPicture(const fileTreeFile &texture, const QImage &picture, const QString &path, Streams &streams)
+/// Writes the picture at \a path over \a texture in the loaded image; \a summary tells what was done, or why nothing was.
+void replace(const Arguments &arguments, const fileTreeFile &texture, const QString &path, ImportSummary *summary)
 {
-    const textureFormat format = textureFormats::getAsMap().value(texture.format);
-    if (format.usesPalette && picture.colorCount() == 0)
-        streams.remark(QStringLiteral("%1 has no colour table, so that %2 becomes all clear; a picture for %3 needs one")
-                           .arg(path, texture.name, format.name));
-    const qint64 bytes = QFileInfo(path).size();
-    if (textureFormats::isJpeg(format.name) && texture.size() > 1 && bytes > texture.size())
-        streams.remark(QStringLiteral("%1 has %2 bytes and the JPEG it replaces %3; what lies behind is overwritten")
-                           .arg(path)
-                           .arg(bytes)
-                           .arg(texture.size()));
-}
-
-int replace(const fileTreeFile &texture, const QString &path, std::optional<int> resize, Streams &streams)
-{
-    SizeAnswerer sizes(resize);
+    SizeAnswerer sizes(arguments.choice("resize", resizeChoices()));
     ImageWriter writer;
     KeptMessages log;
     const ReplaceOutcome outcome = replaceTexture(
         texture, path, [&sizes](const QSize &picture, const QSize &size) { return sizes.answer(picture, size); }, writer.sink(),
-        &log);
-    if (outcome == ReplaceOutcome::Aborted)
-        return streams.failed(QStringLiteral("%1: %2").arg(path, sizes.error));
-    if (outcome == ReplaceOutcome::Unreadable)
-        return streams.failed(QStringLiteral("Cannot read file %1").arg(path));
-    if (!writer.failures.isEmpty())
-        return streams.failed(QStringLiteral("%1: %2").arg(texture.name, writer.failures.constFirst()));
-    return Done;
+        &log, jpegRule(arguments));
+    summary->warnings = log.warnings;
+    if (outcome == ReplaceOutcome::Replaced && writer.failures.isEmpty())
+        summary->written = 1;
+    else if (outcome == ReplaceOutcome::Replaced)
+        summary->left.append(QStringLiteral("%1: %2").arg(texture.name, writer.failures.constFirst()));
+    else if (outcome == ReplaceOutcome::Aborted)
+        summary->left.append(QStringLiteral("%1: %2").arg(path, sizes.error));
+    else if (outcome == ReplaceOutcome::Unreadable)
+        summary->left.append(QStringLiteral("Cannot read file %1").arg(path));
+    else
+        summary->left = log.messages;
 }
 
 int replaceAndWrite(const Arguments &arguments, const fileTreeFile &texture, const QString &picturePath, const OpenedImage &image,
@@ -89,22 +80,28 @@ int replaceAndWrite(const Arguments &arguments, const fileTreeFile &texture, con
 {
     if (!textureFormats::find(texture.format))
         return streams.failed(QStringLiteral("%1: There is no texture format \"%2\"").arg(texture.name, texture.format));
-    const QImage picture = loadPicture(picturePath);
-    if (picture.isNull() && !textureFormats::isJpeg(texture.format))
+    if (!textureFormats::isJpeg(texture.format) && loadPicture(picturePath).isNull())
         return streams.failed(QStringLiteral("Cannot read picture %1").arg(picturePath));
-    remarkOnPicture(texture, picture, picturePath, streams);
-    const int status = replace(texture, picturePath, arguments.choice("resize", resizeChoices()), streams);
-    if (status != Done)
-        return status;
-    QJsonObject report = arguments.isSet("json") ? imageWritingJson(arguments, image) : QJsonObject();
-    if (const int written = writeImage(arguments, image, streams))
-        return written;
+    ImportSummary summary;
+    replace(arguments, texture, picturePath, &summary);
+    printProblems(summary, streams);
+    QJsonObject report;
     if (arguments.isSet("json")) {
+        report = imageWritingJson(arguments, image);
         report.insert(QStringLiteral("texture"), texture.parent ? QJsonValue(fullPath(texture)) : QJsonValue());
         report.insert(QStringLiteral("picture"), arguments.positionals().constLast());
-        printJson(streams.out, report);
+        report.insert(QStringLiteral("written"), summary.written);
+        report.insert(QStringLiteral("warnings"), QJsonArray::fromStringList(summary.warnings));
+        report.insert(QStringLiteral("notImported"), QJsonArray::fromStringList(summary.left));
     }
-    return Done;
+    const int status = summary.left.isEmpty() ? writeChangedImage(arguments, image, streams) : Failed;
+    if (!summary.left.isEmpty())
+        report.insert(QStringLiteral("output"), QJsonValue());
+    else if (status != Done)
+        return status;
+    if (arguments.isSet("json"))
+        printJson(streams.out, report);
+    return status;
 }
 
 /// Fills \a file with standard input. Returns false with the reason said.
@@ -171,14 +168,16 @@ Command replaceCommand()
              "What to do with a picture of another size: ignore the aspect ratio and stretch it, or keep it and leave the "
              "rest clear. Without it, another size is an error."),
          QStringLiteral("ignore|keep")}};
-    options << textureOptions() << imageWritingOptions() << profileOptions() << jsonOption();
+    options << allowOverrunOption() << textureOptions() << imageWritingOptions() << profileOptions() << jsonOption();
     return {QStringLiteral("replace"),
             QStringLiteral("Write a picture over a texture."),
             QStringLiteral("IMAGE [PATH] PICTURE"),
             QStringLiteral(
-                "Encodes the picture in the format of the entry that PATH names and writes it over the entry's bytes, and its\n"
-                "colour table over the palette of ci4 and ci8. A JPEG entry takes the picture file as it is. With --offset and\n"
-                "--format, no profile is needed; width and height are then the picture's own unless given."),
+                "Encodes the picture in the format of the entry that PATH names and writes it over the entry's bytes. For ci4\n"
+                "and ci8, a picture's colour table is written over the palette; a picture without one keeps the palette's\n"
+                "colours that it has, and only its other colours are written. A JPEG entry takes the picture file as it is,\n"
+                "and no longer one than it has. With --offset and --format, no profile is needed; width and height are then\n"
+                "the picture's own unless given. What is dropped on the way is a warning on standard error."),
             2,
             3,
             options,

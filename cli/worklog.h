@@ -10,6 +10,7 @@
 namespace cli
 {
 /// Keeps what work has to say to the user. Debug lines are not printed, but the last one tells what a message is about.
+/// Warnings are apart from messages, which tell of failures.
 class KeptMessages : public WorkLog
 {
 public:
@@ -18,8 +19,11 @@ public:
     {
         messages.append(m_context.isEmpty() ? text : m_context + QLatin1String(": ") + text);
     }
+    void warning(const QString &text) override { warnings.append(text); }
+    void notImported(const QString &text) override { messages.append(text); }
 
     QStringList messages;
+    QStringList warnings;
 
 private:
     QString m_context;

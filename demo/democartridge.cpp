@@ -24,6 +24,8 @@ constexpr int pointedAddress = 0x1000;
 constexpr int packSlot = 0x280000;
 /// A compressed block, in what the label leaves of the range before the folders: 0xF8000 to at most 0xFC000.
 constexpr int blockAddress = 0xF8000;
+/// From here on the pack puts pictures that the cartridge does not have.
+constexpr int packWalls = 0x284000;
 /// Room for the panorama and for pictures that replace it.
 constexpr int jpegRoom = 0x20000;
 
@@ -175,10 +177,9 @@ QString eightDigits(int number)
     return QStringLiteral("%1").arg(number, 8, 16, QLatin1Char('0')).toUpper();
 }
 
-QString packFile(const QString &folder, const Texture &texture)
+QString packFile(const QString &folder, int address, const Texture &texture)
 {
-    return QStringLiteral("pack/%1/%2_%3_Repainted %4.png")
-        .arg(folder, eightDigits(texture.address), texture.format, texture.name);
+    return QStringLiteral("pack/%1/%2_%3_Repainted %4.png").arg(folder, eightDigits(address), texture.format, texture.name);
 }
 
 void addPack(Layout *layout)
@@ -186,17 +187,22 @@ void addPack(Layout *layout)
     layout->enterRoot(packSlot);
     layout->hide(QStringLiteral("Gem in Slot"), rgba32, gem(Season::Summer));
     Cartridge &cartridge = layout->cartridge;
-    cartridge.pack.append({packFile(QStringLiteral("P_%1_Treasure").arg(eightDigits(pointerAddress)), cartridge.textures.last()),
+    cartridge.pack.append({packFile(QStringLiteral("P_%1_Treasure").arg(eightDigits(pointerAddress)),
+                                    cartridge.textures.constLast().address, cartridge.textures.constLast()),
                            gem(Season::Winter)});
     layout->enterRoot(packSlot + pointedAddress);
     layout->hide(QStringLiteral("Repainted Gem"), rgba32, gem(Season::Winter));
+    // Where nothing is yet: a table that lists the same bytes twice has errors.
+    int address = packWalls;
     for (const Texture &texture : qAsConst(cartridge.textures)) {
         const QString imported = QStringLiteral("import/%1%2.png").arg(texture.folder, texture.name);
         if (texture.folder != QLatin1String("Level/Walls/") || !texture.listed)
             continue;
         for (const Picture &picture : qAsConst(cartridge.imports)) {
-            if (picture.path == imported)
-                cartridge.pack.append({packFile(QStringLiteral("A_00000000_Repainted"), texture), picture.picture});
+            if (picture.path != imported)
+                continue;
+            cartridge.pack.append({packFile(QStringLiteral("A_00000000_Repainted"), address, texture), picture.picture});
+            address += texture.data.size();
         }
     }
 }

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "transfer/folderimport.h"
 
+#include "base/nearestname.h"
 #include "codec/pictureloader.h"
-#include "model/textureformat.h"
+#include "model/tablewalk.h"
 #include "persist/imagefile.h"
 #include "transfer/debugline.h"
+#include "transfer/pixelimport.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -56,8 +58,8 @@ struct Level
 class FolderImporter
 {
 public:
-    FolderImporter(const TextureSink &write, Progress *progress, WorkLog *log, QString *report)
-        : m_write(write), m_progress(progress), m_log(log), m_report(report)
+    FolderImporter(const TextureSink &write, Progress *progress, WorkLog *log, QString *report, JpegRule rule)
+        : m_write(write), m_progress(progress), m_log(log), m_report(report), m_pixels(currentROM.root, rule, log)
     {
     }
 
@@ -90,10 +92,13 @@ private:
         }
         Level level;
         level.directory = directory;
-        QDirIterator iterator(QDir(path, QString(), QDir::NoSort, QDir::Dirs | QDir::Files | noLinks));
+        QDirIterator iterator(QDir(path, QString(), QDir::NoSort, QDir::Dirs | QDir::Files | QDir::NoDotAndDotDot));
         while (iterator.hasNext()) {
             iterator.next();
-            level.entries.push_back({iterator.filePath(), iterator.fileInfo().isDir()});
+            if (iterator.fileInfo().isSymLink())
+                m_log->notImported(iterator.filePath() + QLatin1String(": a link, and links are left out"));
+            else
+                level.entries.push_back({iterator.filePath(), iterator.fileInfo().isDir()});
         }
         level.textures = byName(directory->files);
         level.folders = byName(directory->directories);
@@ -109,19 +114,42 @@ private:
             return;
         }
         const fileTreeFile *texture = level.textures.value(QFileInfo(path).completeBaseName().toLower());
-        if (!texture)
+        if (!texture) {
+            tellOfNoTexture(path, *level.directory);
             return;
-        const QImage picture = loadPicture(path);
+        }
+        QImage picture = loadPicture(path);
         if (!isJpeg && picture.size() != QSize(texture->width, texture->height)) {
             leaveOut(path, FolderImportTexts::tr("Incorrect image dimensions."));
             return;
         }
         QByteArray rawPicture;
         QString error;
-        if (readWholeFile(path, &rawPicture, &error))
-            m_write(picture, texture->realAddress(), texture->format, rawPicture);
-        else
+        if (!readWholeFile(path, &rawPicture, &error)) {
             m_log->status(QCoreApplication::translate("MainWindow", "Could not read image file"), 2000);
+            return;
+        }
+        const PixelImport::Outcome outcome = m_pixels.prepare(path, *texture, &picture, rawPicture);
+        if (outcome == PixelImport::Outcome::Ready)
+            m_write(picture, texture->realAddress(), texture->format, rawPicture);
+        else if (outcome == PixelImport::Outcome::NoPalette)
+            leaveOut(path, FolderImportTexts::tr("Its palette lies outside the image."));
+    }
+
+    /// The nearest name is looked for a few times only: with as many names as pictures that would take too long.
+    void tellOfNoTexture(const QString &path, const fileTreeDirectory &directory)
+    {
+        QString text = QStringLiteral("%1: no such texture in %2").arg(path, fullPath(directory));
+        constexpr int mostSuggestions = 20;
+        if (m_suggestions++ < mostSuggestions) {
+            QStringList names;
+            for (const fileTreeFile *file : directory.files)
+                names.append(file->name);
+            const QString nearest = nearestName(QFileInfo(path).completeBaseName(), names);
+            if (!nearest.isEmpty())
+                text += QStringLiteral("; the nearest name is \"%1\"").arg(nearest);
+        }
+        m_log->notImported(text);
     }
 
     void importDirectory(const QString &path, const Level &level)
@@ -146,8 +174,10 @@ private:
     Progress *m_progress;
     WorkLog *m_log;
     QString *m_report;
+    PixelImport m_pixels;
     std::vector<Level> m_levels;
     int m_filesVisited = 0;
+    int m_suggestions = 0;
 };
 }
 
@@ -166,7 +196,7 @@ int countFilesBelow(const QString &path)
 }
 
 void importPictureFolder(const QString &path, const fileTreeDirectory *directory, const TextureSink &write, Progress *progress,
-                         WorkLog *log, QString *report)
+                         WorkLog *log, QString *report, JpegRule rule)
 {
-    FolderImporter(write, progress, log, report).run(path, directory);
+    FolderImporter(write, progress, log, report, rule).run(path, directory);
 }

@@ -4,6 +4,7 @@
 #include "base/progress.h"
 #include "model/rom.h"
 #include "model/textureformat.h"
+#include "transfer/jpegcheck.h"
 #include "transfer/texturewriter.h"
 
 #include <QImage>
@@ -31,17 +32,21 @@ QImage fitPicture(const QImage &picture, const QSize &texture, SizeAnswer answer
 /// Null for a format without palette.
 QImage paletteOfPicture(const QImage &picture, const textureFormat &format);
 
-/// What came of replacing a texture.
+/// The outcome of replacing a texture.
 enum class ReplaceOutcome {
     Replaced, ///< Everything has been handed to the sink, which knows whether it was written.
     Aborted, ///< The size question was answered so: nothing was handed over.
     Unreadable, ///< The file could not be read: only a palette was handed over.
+    Refused, ///< The JPEG rule forbids it: nothing was handed over, and the log says why.
 };
 
-/// Hands the picture in the file \a fileName to \a write, fitted to \a texture, and then, for a palette format, its palette.
-/// A JPEG texture takes the file's bytes, whatever the picture's size.
+/// Hands the picture in the file \a fileName to \a write, fitted to \a texture of the loaded image, and then, for a palette
+/// format, its palette: whole from the colour table of a picture that has one. For a picture without, fitPalette() makes the
+/// indices, and only what it changes of the palette is handed over.
+/// A JPEG texture takes the file's bytes, whatever the picture's size, unless \a rule refuses them. What is dropped, and which
+/// other textures change their colours, are warnings in \a log.
 ReplaceOutcome replaceTexture(const fileTreeFile &texture, const QString &fileName, const SizeQuestion &ask,
-                              const TextureSink &write, WorkLog *log);
+                              const TextureSink &write, WorkLog *log, JpegRule rule = JpegRule::WriteAnyway);
 
 /// The textures below \a root that overlap or touch the bytes of \a texture, in the table's order; \a texture is one of them
 /// unless it is empty. Addresses and ends wrap at 32 bits.

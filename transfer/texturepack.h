@@ -3,6 +3,7 @@
 
 #include "base/progress.h"
 #include "model/rom.h"
+#include "transfer/jpegcheck.h"
 #include "transfer/texturewriter.h"
 
 #include <QByteArray>
@@ -23,6 +24,10 @@ struct TexturePackImport
 /// A file in it named "<hexadecimal>_<format>_<name>" becomes a texture; the number is its offset in the folder, and also the
 /// absolute address at which its picture is written. Digits are upper case; a number from 80000000 on is a negative address,
 /// which is kept in the table but never written to. What is named otherwise is left out, and so are links that lead out of the
-/// pack. \a cartridge is read while \a write may change it.
+/// pack. \a cartridge is read while \a write may change it; it is the loaded image.
+///
+/// No palette is written: for a palette format, a picture without a colour table gets the nearest colours of the palette at the
+/// new entry's palette address. \a log is told of directories and pictures that are left out, a pack without a directory for it
+/// among them, and of JPEGs that \a rule refuses, all as not imported, and as warnings what the pictures lose.
 TexturePackImport importPack(const QString &path, fileTreeDirectory *root, const QByteArray &cartridge, const TextureSink &write,
-                             WorkLog *log);
+                             WorkLog *log, JpegRule rule = JpegRule::WriteAnyway);

@@ -84,6 +84,10 @@
         <translation>Die Bildmaße stimmen nicht.</translation>
     </message>
     <message>
+        <source>Its palette lies outside the image.</source>
+        <translation>Seine Palette liegt außerhalb des Abbilds.</translation>
+    </message>
+    <message>
         <source>No folder named %1 in %2.</source>
         <translation>%2 enthält keinen Ordner namens %1.</translation>
     </message>

@@ -101,6 +101,10 @@ private slots:
         collectKeys(call({"checksum", "--json", folder.imagePath()}).json(), &keys);
         collectKeys(folder.call("table export", {"-o", folder.path("t.csv"), "--json"}).json(), &keys);
         collectKeys(folder.call("table import", {folder.path("t.csv"), "--json"}).json(), &keys);
+        folder.addPart("other.z64", image.replace(0x2000, 2, "zz").replace(0x3000, 2, "zz"));
+        collectKeys(
+            call({"diff", "--json", "--profiles", folder.profiles(), folder.imagePath(), folder.path("other.z64")}).json(),
+            &keys);
         for (const QString &patch : {folder.path("p.bps"), folder.path("p.ips")}) {
             collectKeys(call({"patch", "create", folder.imagePath(), folder.imagePath(), "-o", patch, "--json"}).json(), &keys);
             collectKeys(call({"patch", "info", patch, "--json"}).json(), &keys);

@@ -4,6 +4,7 @@
 
 #include "support/images.h"
 
+#include <QDateTime>
 #include <QDirIterator>
 #include <QImage>
 #include <QJsonArray>
@@ -83,8 +84,12 @@ private slots:
     void replaceResizes_data();
     void replaceResizes();
     void replaceWritesThePalette();
-    void replaceRemarksOnAMissingPalette();
+    void replaceTurnsTrueColourToIndices();
     void replaceCopiesAJpeg();
+    void replaceRefusesSpoiltJpegs();
+    void replaceTellsWhatIsDropped();
+    void replaceWritesNothingWhenNothingChanges();
+    void replacePrintsJson();
     void replaceNeedsNoProfile();
     void replaceGrowsTheImageAloud();
     void replaceRefusesWhatMakesNoSense_data();
@@ -97,6 +102,8 @@ private slots:
     void folderIsImportedIntoAFolder();
     void folderImportReadsBackWhatExtractWrote();
     void folderImportListsWhatIsLeftOut();
+    void folderImportTellsWhatIsDropped();
+    void folderImportWritesNothingWhenNothingChanges();
     void folderImportNamesWhatFails_data();
     void folderImportNamesWhatFails();
 
@@ -105,6 +112,8 @@ private slots:
     void packLeavesTheListAlone();
     void packDryRun();
     void packNamesWhatIsUnreadable();
+    void packWithoutAFolderFails();
+    void packTellsWhatIsDropped();
 
 private:
     QString path(const QString &name) const { return m_folder->path(name); }
@@ -344,23 +353,99 @@ void TransferCommandsTest::replaceWritesThePalette()
     QCOMPARE(image(), m_image);
 }
 
-void TransferCommandsTest::replaceRemarksOnAMissingPalette()
+void TransferCommandsTest::replaceTurnsTrueColourToIndices()
 {
-    const CommandCall replaced =
-        call("replace", {"Root/Town/Tile", save("tile.png", picture(4, 1, qRgb(9, 9, 9))), "--in-place"});
+    // The palette begins with red, green and blue. The new colour takes the place of green, which the picture does not use.
+    QImage tile = picture(4, 1, qRgb(0, 0, 248));
+    tile.setPixel(1, 0, qRgb(248, 0, 0));
+    tile.setPixel(2, 0, qRgb(8, 16, 24));
+    const CommandCall replaced = call("replace", {"Root/Town/Tile", save("tile.png", tile), "--in-place"});
     QCOMPARE(replaced.status, 0);
-    QVERIFY(replaced.err.contains("colour table"));
+    QVERIFY2(replaced.err.isEmpty(), qPrintable(replaced.err));
+    m_image.replace(0x1040, 2, QByteArray::fromHex("2012"));
+    m_image.replace(0x1082, 2, QByteArray::fromHex("0887"));
+    QCOMPARE(image(), m_image);
 }
 
 void TransferCommandsTest::replaceCopiesAJpeg()
 {
     const QByteArray jpeg = QByteArray::fromHex("FFD8FFE000040000FFDB00AABBCCDDEEFF00FFD9");
     writeFile(path("photo.jpeg"), jpeg);
-    const CommandCall replaced = call("replace", {"Photo", path("photo.jpeg"), "--in-place"});
+    const CommandCall replaced = call("replace", {"Photo", path("photo.jpeg"), "--in-place", "--allow-overrun"});
     QCOMPARE(replaced.status, 0);
-    QVERIFY(replaced.err.contains("overwritten"));
+    QVERIFY(replaced.err.contains("warning: "));
     m_image.replace(0x4000, jpeg.size(), jpeg);
     QCOMPARE(image(), m_image);
+}
+
+void TransferCommandsTest::replaceRefusesSpoiltJpegs()
+{
+    m_folder->addProfile(QByteArray(table)
+                         + "<texture name=\"Behind\" address=\"0x4011\" format=\"i8\" width=\"4\" height=\"2\"/>");
+    writeFile(path("long.jpeg"), jpegBytes() + "x");
+    const CommandCall tooLong = call("replace", {"Photo", path("long.jpeg"), "--in-place"});
+    QCOMPARE(tooLong.status, 1);
+    QVERIFY2(tooLong.err.contains("runs over Root/Behind"), qPrintable(tooLong.err));
+    QVERIFY(tooLong.out.isEmpty());
+    writeFile(path("photo.png"), "\x89PNG");
+    const CommandCall notJpeg = call("replace", {"Photo", path("photo.png"), "--in-place", "--allow-overrun"});
+    QCOMPARE(notJpeg.status, 1);
+    QVERIFY2(notJpeg.err.contains("FF D8") && !notJpeg.err.contains("warning"), qPrintable(notJpeg.err));
+    QCOMPARE(image(), m_image);
+}
+
+void TransferCommandsTest::replaceTellsWhatIsDropped()
+{
+    const CommandCall replaced =
+        call("replace", {"Root/Grey", save("grey.png", picture(4, 2, qRgba(9, 8, 9, 200))), "--in-place"});
+    QCOMPARE(replaced.status, 0);
+    QCOMPARE(replaced.err,
+             QStringLiteral("quillary-cli: warning: %1: 8 pixels lose their alpha; i8 has none of its own\n"
+                            "quillary-cli: warning: %1: 8 pixels are not grey; i8 keeps only the red channel\n")
+                 .arg(path("grey.png")));
+}
+
+void TransferCommandsTest::replaceWritesNothingWhenNothingChanges()
+{
+    QImage same(4, 2, QImage::Format_ARGB32);
+    for (int i = 0; i < 8; ++i)
+        same.setPixel(i % 4, i / 4, qRgb(0x11 * i, 0x11 * i, 0x11 * i));
+    const QString grey = save("grey.png", same);
+    // Not even a file in another byte order is written, which would be turned.
+    const QByteArray asFound = withReversedUnits(m_image, 2);
+    writeFile(m_folder->imagePath(), asFound);
+    QFile file(m_folder->imagePath());
+    QVERIFY(file.setPermissions(QFile::ReadOwner));
+    const QDateTime past = QDateTime::fromSecsSinceEpoch(1000000000);
+    QVERIFY(file.open(QIODevice::ReadOnly) && file.setFileTime(past, QFileDevice::FileModificationTime));
+    file.close();
+    const CommandCall unchanged = call("replace", {"Root/Grey", grey, "--in-place"});
+    QCOMPARE(unchanged.status, 0);
+    QCOMPARE(unchanged.out, QStringLiteral("Nothing changes; %1 was not written.\n").arg(m_folder->imagePath()));
+    QCOMPARE(image(), asFound);
+    QCOMPARE(QFileInfo(m_folder->imagePath()).lastModified(), past);
+    // A file to be made is made, and left alone once it has the bytes.
+    QVERIFY(call("replace", {"Root/Grey", grey, "-o", path("out.z64")}).out.startsWith("Wrote "));
+    QCOMPARE(fileBytes(path("out.z64")), m_image);
+    QVERIFY(call("replace", {"Root/Grey", grey, "-o", path("out.z64")}).out.startsWith("Nothing changes; "));
+    writeFile(path("out.z64"), QByteArray(m_image.size(), 'x'));
+    QVERIFY(call("replace", {"Root/Grey", grey, "-o", path("out.z64")}).out.startsWith("Wrote "));
+    QCOMPARE(fileBytes(path("out.z64")), m_image);
+}
+
+void TransferCommandsTest::replacePrintsJson()
+{
+    const QString grey = save("grey.png", picture(4, 2, qRgba(9, 9, 9, 200)));
+    const QJsonObject done = call("replace", {"Root/Grey", grey, "--in-place", "--json"}).json();
+    QCOMPARE(done["picture"].toString(), grey);
+    QCOMPARE(done["texture"].toString(), QString("Root/Grey"));
+    QCOMPARE(done["written"].toInt(), 1);
+    QCOMPARE(done["warnings"].toArray().size(), 1);
+    QCOMPARE(done["notImported"].toArray().size(), 0);
+    const CommandCall failed = call("replace", {"Root/Town/Sign", grey, "--in-place", "--json"});
+    QCOMPARE(failed.status, 1);
+    QCOMPARE(failed.json()["written"].toInt(), 0);
+    QCOMPARE(failed.json()["notImported"].toArray().size(), 1);
 }
 
 void TransferCommandsTest::replaceNeedsNoProfile()
@@ -506,6 +591,38 @@ void TransferCommandsTest::folderImportListsWhatIsLeftOut()
     QCOMPARE(image(), m_image);
 }
 
+void TransferCommandsTest::folderImportTellsWhatIsDropped()
+{
+    save("in/Gray.png", picture(4, 2, qRgb(9, 9, 9)));
+    save("in/Town/Tile.png", picture(4, 1, qRgba(200, 0, 0, 255)));
+    const CommandCall imported = call("import-folder", {path("in"), "--in-place", "--json"});
+    QCOMPARE(imported.status, 1); // Only because of Gray.
+    const QJsonArray left = imported.json()["notImported"].toArray();
+    QCOMPARE(left, QJsonArray {path("in/Gray.png") + ": no such texture in Root/; the nearest name is \"Grey\""});
+    const QJsonArray warnings = imported.json()["warnings"].toArray();
+    QCOMPARE(warnings,
+             QJsonArray {path("in/Town/Tile.png")
+                         + ": 1 of 1 colour are not in the palette of Root/Town/Tile; the nearest take their part"});
+    QVERIFY(imported.err.contains("warning: " + warnings.at(0).toString()));
+    QVERIFY(!imported.err.contains("warning: " + left.at(0).toString()));
+    m_image.replace(0x1040, 2, QByteArray::fromHex("0000"));
+    QCOMPARE(image(), m_image);
+    // A warning alone is no failure.
+    QVERIFY(QFile::remove(path("in/Gray.png")));
+    QCOMPARE(call("import-folder", {path("in"), "--dry-run"}).status, 0);
+}
+
+void TransferCommandsTest::folderImportWritesNothingWhenNothingChanges()
+{
+    QDir().mkpath(path("out"));
+    QCOMPARE(call("extract", {"Root/Town", "-o", path("out")}).status, 0);
+    QVERIFY(QFile(m_folder->imagePath()).setPermissions(QFile::ReadOwner));
+    const CommandCall unchanged = call("import-folder", {path("out/Town"), "Root/Town", "--in-place"});
+    QCOMPARE(unchanged.status, 0);
+    QVERIFY2(unchanged.out.startsWith("Nothing changes; " + m_folder->imagePath()), qPrintable(unchanged.out));
+    QCOMPARE(image(), m_image);
+}
+
 void TransferCommandsTest::folderImportNamesWhatFails_data()
 {
     QTest::addColumn<QStringList>("arguments");
@@ -585,6 +702,26 @@ void TransferCommandsTest::packNamesWhatIsUnreadable()
     QCOMPARE(image(), m_image);
     QCOMPARE(call("import-pack", {path("nowhere"), "--in-place"}).status, 1);
 }
+}
+
+void TransferCommandsTest::packWithoutAFolderFails()
+{
+    QDir().mkpath(path("pack/Grass"));
+    const CommandCall imported = call("import-pack", {path("pack"), "--in-place"});
+    QCOMPARE(imported.status, 1);
+    QVERIFY2(imported.err.contains("pack: no directory in it is named"), qPrintable(imported.err));
+    QCOMPARE(image(), m_image);
+}
+
+void TransferCommandsTest::packTellsWhatIsDropped()
+{
+    save("pack/A_0_Signs/00001010_rgb5a1_a.png", picture(2, 2, qRgba(8, 8, 8, 128)));
+    save("pack/A_0_Signs/b.png", picture(2, 2, 0));
+    const CommandCall imported = call("import-pack", {path("pack"), "--in-place", "--json"});
+    QCOMPARE(imported.status, 1);
+    QCOMPARE(imported.json()["warnings"].toArray(),
+             QJsonArray {path("pack/A_0_Signs/00001010_rgb5a1_a.png") + ": 4 pixels of partial alpha become clear in rgb5a1"});
+    QCOMPARE(imported.json()["notImported"].toArray().size(), 1);
 }
 
 QTEST_GUILESS_MAIN(TransferCommandsTest)

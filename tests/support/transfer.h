@@ -2,6 +2,7 @@
 #pragma once
 
 #include "base/progress.h"
+#include "model/bulkadder.h"
 #include "model/rom.h"
 #include "support/pictures.h"
 #include "transfer/texturewriter.h"
@@ -22,10 +23,14 @@ public:
         statuses << text;
         durations << milliseconds;
     }
+    void warning(const QString &text) override { warnings << text; }
+    void notImported(const QString &text) override { left << text; }
 
     QStringList lines;
     QStringList statuses;
     QList<int> durations;
+    QStringList warnings;
+    QStringList left; ///< What was not imported.
 };
 
 /// Keeps the values that work reports.
@@ -65,6 +70,22 @@ inline fileTreeFile *newTexture(fileTreeDirectory *folder, const QString &name, 
     texture->height = height;
     texture->paletteAddress = paletteAddress;
     return folder->addFile(texture);
+}
+
+/// \a count textures in i8, all in \a folder and each \a stride bytes behind the one before it. One by one, naming them would
+/// take long.
+inline void addManyTextures(fileTreeDirectory *folder, int count, int stride, int width, int height, const QString &name = "%1")
+{
+    BulkAdder adder(folder);
+    for (int i = 0; i < count; ++i) {
+        auto *texture = new fileTreeFile;
+        texture->name = name.arg(i);
+        texture->address = stride * i;
+        texture->format = "i8";
+        texture->width = width;
+        texture->height = height;
+        adder.addFile(texture);
+    }
 }
 
 /// A new folder, listed in \a parent.

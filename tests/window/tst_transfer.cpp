@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "app/mainwindow.h"
+#include "codec/texturemanipulator.h"
 #include "support/dialogs.h"
 #include "support/images.h"
 #include "support/messages.h"
@@ -61,6 +62,9 @@ private slots:
     void sizeQuestionAborted();
     void sizeQuestionIgnoresTheAspectRatio();
     void sizeQuestionKeepsTheAspectRatio();
+    void insertOfATrueColourPictureKeepsThePalette();
+    void insertOfManyColoursWritesAPalette();
+    void insertLogsWhatIsDropped();
     void insertOfABrokenPicture();
     void insertOfAnUnreadableFileWritesThePalette();
     void insertOfAJpeg();
@@ -412,6 +416,54 @@ void TransferTest::sizeQuestionKeepsTheAspectRatio()
     QVERIFY(box.answered());
     QCOMPARE(bytes(0x100, 17).toHex(), QByteArray("fa0a14fffa0a14ff000000000000000011"));
     QCOMPARE(log.textsOf(insertTextureSignature).value(0), QStringLiteral("2  -  2"));
+}
+
+void TransferTest::insertOfATrueColourPictureKeepsThePalette()
+{
+    // Words 1 and 2 are clear, with colour bits that no picture can bring back; the last texel has the second of them.
+    fileTreeFile *texture = addTexture(currentROM.root, "a", 0x100, "ci4", 4, 1, 0x200);
+    const QByteArray palette = QByteArray::fromHex("F801F80007C0003F") + QByteArray(24, '\x01');
+    currentROM.data.replace(0x200, 32, palette);
+    currentROM.data.replace(0x100, 2, QByteArray::fromHex("0032"));
+    QImage picture = plainPicture(4, 1, qRgb(248, 0, 0));
+    picture.setPixel(2, 0, qRgb(0, 0, 248));
+    picture.setPixel(3, 0, 0);
+    const QByteArray before = currentROM.data;
+    m_window->insertTexture(savedPicture("a.png", picture), texture);
+    QCOMPARE(currentROM.data, before);
+    QCOMPARE(status(), QStringLiteral("Texture imported"));
+
+    picture.setPixel(0, 0, qRgb(0, 0, 248));
+    m_window->insertTexture(savedPicture("a.png", picture), texture);
+    QCOMPARE(bytes(0x100, 2).toHex(), QByteArray("3032"));
+    QCOMPARE(bytes(0x200, 32), palette);
+    QVERIFY(m_window->isWindowModified());
+}
+
+void TransferTest::insertOfManyColoursWritesAPalette()
+{
+    fileTreeFile *texture = addTexture(currentROM.root, "a", 0x100, "ci4", 32, 1, 0x200);
+    QImage picture(32, 1, QImage::Format_RGB32);
+    for (int x = 0; x < 32; ++x)
+        picture.setPixel(x, 0, qRgb(8 * x, 0, 0));
+    const QByteArray behind = currentROM.data.mid(0x220);
+    m_window->insertTexture(savedPicture("a.png", picture), texture);
+    const QImage shown = textureManipulator::generateTexture(texture->data(), textureFormats::ci4, 32, bytes(0x200, 32));
+    for (int x = 0; x < 32; ++x) {
+        QVERIFY2(qAbs(qRed(shown.pixel(x, 0)) - 8 * x) <= 8, qPrintable(QString::number(x)));
+        QCOMPARE(qAlpha(shown.pixel(x, 0)), 255);
+    }
+    QCOMPARE(currentROM.data.mid(0x220), behind);
+}
+
+void TransferTest::insertLogsWhatIsDropped()
+{
+    fileTreeFile *texture = addTexture(currentROM.root, "a", 0x100, "rgb5a1", 1, 1);
+    const QString file = savedPicture("a.png", plainPicture(1, 1, qRgba(8, 8, 8, 128)));
+    MessageCapture log;
+    m_window->insertTexture(file, texture);
+    QCOMPARE(log.textsOf(insertTextureSignature).value(0), file + ": 1 pixel of partial alpha become clear in rgb5a1");
+    QCOMPARE(status(), QStringLiteral("Texture imported"));
 }
 
 void TransferTest::insertOfABrokenPicture()

@@ -4,9 +4,12 @@
 #include "demo/layout.h"
 #include "model/byteorder.h"
 #include "model/rom.h"
+#include "model/tablewalk.h"
 #include "persist/filelist.h"
 #include "search/compressedblocks.h"
 #include "support/images.h"
+#include "transfer/texturepack.h"
+#include "verify/verification.h"
 
 #include <QFile>
 #include <QSet>
@@ -94,6 +97,7 @@ private slots:
     void byteOrdersHoldTheSameImage();
     void importsFitTheirTextures();
     void packNamesLeadIntoTheImage();
+    void packLeavesTheTableFaultless();
     void searchesLieInTheUnexploredFolder();
     void blockHoldsPictures();
     void secondRevisionMovesThings();
@@ -288,6 +292,27 @@ void tst_Demo::packNamesLeadIntoTheImage()
     }
     QVERIFY(byAddress >= 3);
     QCOMPARE(byPointer, 1);
+}
+
+void tst_Demo::packLeavesTheTableFaultless()
+{
+    fileTreeDirectory *root = currentROM.root;
+    const int entries = fileTreeContainer().allFiles(root).size();
+    WorkLog log;
+    const TextureSink sink = [&log](const QImage &picture, int address, const QString &format, const QByteArray &raw) {
+        QCOMPARE(writeTexture(&currentROM, picture, address, format, raw, &log), WriteOutcome::Written);
+    };
+    importPack(demoPath(QStringLiteral("pack")), root, currentROM.data, sink, &log);
+    const QList<fileTreeFile *> all = fileTreeContainer().allFiles(root);
+    QCOMPARE(all.size(), entries + cartridge().pack.size());
+    Progress progress;
+    const Verification verification = verifyEntries(all, all, &progress);
+    QStringList problems;
+    for (const EntryFinding &finding : verification.findings) {
+        if (isProblem(finding.finding))
+            problems << fullPath(*finding.texture) + QLatin1String(": ") + finding.message;
+    }
+    QCOMPARE(problems, QStringList());
 }
 
 void tst_Demo::searchesLieInTheUnexploredFolder()

@@ -91,7 +91,10 @@ void FolderImportTest::handsOverWhatMatches()
 {
     fileTreeDirectory *folder = newFolder(currentROM.root, "A", 0x100);
     newTexture(folder, "Grass", 0x20, "ci8", 2, 1, 0x500);
-    QImage picture = plainPicture(2, 1, qRgba(9, 8, 7, 6));
+    QImage picture(2, 1, QImage::Format_Indexed8);
+    picture.setColorTable({qRgb(8, 16, 24), qRgb(248, 0, 0)});
+    picture.setPixel(0, 0, 1);
+    picture.setPixel(1, 0, 0);
     QVERIFY(save("grass.png", picture));
     run(folder);
     QCOMPARE(m_handedOver.size(), 1); // The pixels; no palette.

@@ -323,8 +323,7 @@ void ReplacementTest::touchingRangesWrapAt32Bits()
 void ReplacementTest::touchingAmong100000IsQuick()
 {
     fileTreeDirectory *folder = newFolder(currentROM.root, "A");
-    for (int i = 0; i < 100000; ++i)
-        newTexture(folder, QString::number(i), 64 * i);
+    addManyTextures(folder, 100000, 64, 8, 8);
     QElapsedTimer timer;
     timer.start();
     QCOMPARE(namesOf(::touchingTextures(currentROM.root, *folder->files.at(50000))), QStringList({"49999", "50000", "50001"}));
