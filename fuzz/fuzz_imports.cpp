@@ -12,6 +12,7 @@
 #include "codec/texturemanipulator.h"
 #include "model/textureformat.h"
 #include "transfer/folderimport.h"
+#include "transfer/palettefitting.h"
 #include "transfer/texturepack.h"
 
 #include <QBuffer>
@@ -328,6 +329,13 @@ public:
     int files = 0;
 
 private:
+    /// Whether a colour at least of the texture's palette lies in the loaded image.
+    static bool hasPalette(const fileTreeFile &texture)
+    {
+        const int address = texture.realPaletteAddress();
+        return address >= 0 && address <= currentROM.data.size() - 2;
+    }
+
     void take(const QFileInfo &file, const fileTreeDirectory *folder)
     {
         const bool isJpeg = file.fileName().endsWith(QLatin1String(".jpeg"));
@@ -335,9 +343,12 @@ private:
         if (!isJpeg && !file.fileName().endsWith(QLatin1String(".png"))) {
             ++leftOut;
         } else if (texture) {
-            const QSize size = loadPicture(file.filePath()).size();
+            const QImage picture = loadPicture(file.filePath());
+            const QSize size = picture.size();
             QFile bytes(file.filePath());
             if (!isJpeg && size != QSize(texture->width, texture->height))
+                ++leftOut;
+            else if (needsPalette(picture, textureFormats::getAsMap().value(texture->format)) && !hasPalette(*texture))
                 ++leftOut;
             else if (bytes.open(QIODevice::ReadOnly))
                 taken << CheckedImage::describe(size, texture->realAddress(), texture->format, bytes.readAll());
