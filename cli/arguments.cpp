@@ -27,7 +27,7 @@ std::optional<qint32> parsedNumber(const QString &text)
 
 std::optional<textureFormat> parsedFormat(const QString &text)
 {
-    const textureFormat *found = textureFormats::find(text == QLatin1String("rgba16") ? textureFormats::rgb5a1.name : text);
+    const textureFormat *found = textureFormats::findByNameOrAlias(text);
     return found ? std::optional<textureFormat>(*found) : std::nullopt;
 }
 

@@ -33,6 +33,16 @@ const textureFormat *find(const QString &name)
     return found == formatMap().constEnd() ? nullptr : &*found;
 }
 
+QString aliasOf(const textureFormat &format)
+{
+    return format.name == rgb5a1.name ? QStringLiteral("rgba16") : QString();
+}
+
+const textureFormat *findByNameOrAlias(const QString &name)
+{
+    return find(name == aliasOf(rgb5a1) ? rgb5a1.name : name);
+}
+
 bool isJpeg(const QString &name)
 {
     return name == jpeg.name;

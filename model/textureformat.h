@@ -66,6 +66,11 @@ QMap<QString, textureFormat> getAsMap();
 /// The real format called \a name, exactly; null when there is none. The record lives as long as the program.
 const textureFormat *find(const QString &name);
 
+/// Another name that people know \a format by, empty when there is none. Users may type it; nothing stores it.
+QString aliasOf(const textureFormat &format);
+/// As find(), but takes an alias as well.
+const textureFormat *findByNameOrAlias(const QString &name);
+
 /// Whether \a name is exactly "jpeg": the rule wherever the bytes in the image are measured, read or checked.
 bool isJpeg(const QString &name);
 /// Whether \a name is "jpeg" in any case: the rule wherever an entry is shown, stored, exported or imported.
