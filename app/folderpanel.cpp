@@ -32,6 +32,8 @@ FolderPanel::FolderPanel(QWidget *styledPanel)
     // The address is connected to nothing.
     for (QLineEdit *field : {m_name, m_offset, m_size})
         connect(field, &QLineEdit::textEdited, this, &FolderPanel::edited);
+    for (QLineEdit *field : {m_name, m_offset, m_size})
+        clickOnEnter(m_save, field);
     connect(m_save, &QPushButton::clicked, this, &FolderPanel::saveRequested);
 }
 
@@ -74,6 +76,12 @@ void FolderPanel::clearEdits()
 void FolderPanel::setUnsaved(bool unsaved)
 {
     m_unsaved->setVisible(unsaved);
+}
+
+void FolderPanel::editName()
+{
+    m_name->setFocus(Qt::OtherFocusReason);
+    m_name->selectAll();
 }
 
 void FolderPanel::readValues(fileTreeDirectory *folder)

@@ -27,6 +27,7 @@ public:
     /// Forgets that something was edited, and unchecks "Fixed content addresses".
     void clearEdits();
     void setUnsaved(bool unsaved);
+    void editName(); ///< Focuses the name and selects its text.
     /// Writes the edited name, offset and size to \a folder, and shows the address that follows.
     void readValues(fileTreeDirectory *folder);
     bool keepsContentAddresses() const;

@@ -18,10 +18,10 @@
 
 #include <memory>
 
-class ClickableLabel;
 class FolderPanel;
 class InputBlocker;
 class ProfileStore;
+class PreviewLabel;
 class Progress;
 class QCheckBox;
 class QComboBox;
@@ -252,6 +252,8 @@ private:
     void moveEditedTexture(const fileTreeDirectory &folder, int delta);
     void followMovedFolder(const fileTreeDirectory &folder);
     void clearPreview();
+    /// Puts the cursor into the Name of the texture or folder whose row is current, with its text selected. The root keeps its.
+    void editNameOfSelection();
     void showPreviewMessage(const QString &message);
 
     void saveSelectedTexture(); ///< saveTexture() for a texture.
@@ -322,7 +324,8 @@ private:
     // Preview
     QGroupBox *m_previewBox = nullptr;
     TexturePreviewArea *m_previewArea = nullptr;
-    ClickableLabel *m_previewLabel = nullptr;
+    PreviewLabel *m_previewLabel = nullptr;
+    const fileTreeFile *m_previewedTexture = nullptr; ///< The texture that the preview was last drawn for.
     QString m_previewBackground; ///< The style sheet that the label gets with every picture.
 
     // Profiles

@@ -108,6 +108,19 @@ void MainWindow::createTextureViewer()
     connect(m_texturePanel, &TexturePanel::saveRequested, this, &MainWindow::saveTextureInfo);
 }
 
+void MainWindow::editNameOfSelection()
+{
+    const bool isTexture = currentROM.selectedType == TextureSelected;
+    const bool isFolder = currentROM.selectedType == FolderSelected && !currentROM.lastSelectedFolder->isRoot;
+    if (!isTexture && !isFolder)
+        return;
+    openTextureTab();
+    if (isTexture)
+        m_texturePanel->editName();
+    else
+        m_folderPanel->editName();
+}
+
 void MainWindow::updateDirectoryInfo()
 {
     m_folderPanel->clearEdits();

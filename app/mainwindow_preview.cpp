@@ -2,11 +2,15 @@
 #include "app/mainwindow.h"
 
 #include "app/texturepicture.h"
-#include "widgets/clickablelabel.h"
+#include "base/hexnumber.h"
+#include "model/texel.h"
+#include "widgets/previewlabel.h"
 #include "widgets/texturepreviewarea.h"
 
+#include <QCoreApplication>
 #include <QGroupBox>
 #include <QScrollBar>
+#include <QStatusTipEvent>
 #include <QVBoxLayout>
 
 namespace
@@ -36,18 +40,38 @@ QString messageFor(TexturePicture::Problem problem, const QString &format)
     }
     return QString();
 }
+
+/// Pixels count from the upper left corner, which is 0, 0.
+QString describePixel(const fileTreeFile &texture, const QPoint &pixel)
+{
+    const QString place = MainWindow::tr("Pixel %1, %2").arg(QString::number(pixel.x()), QString::number(pixel.y()));
+    const std::optional<Texel> texel = texelAt(texture, pixel.x(), pixel.y());
+    if (!texel)
+        return place;
+    const QString value = QStringLiteral("%1").arg(texel->value, texel->hexDigits, 16, QLatin1Char('0')).toUpper();
+    return MainWindow::tr("%1, address %2, value %3").arg(place, hexNumber(texel->address), QStringLiteral("0x") + value);
+}
 }
 
 void MainWindow::createPreviewBox()
 {
     m_previewBackground = checkerboardSheet();
 
-    m_previewLabel = new ClickableLabel(QString());
+    m_previewLabel = new PreviewLabel;
     m_previewLabel->setObjectName(QStringLiteral("previewLabel"));
     m_previewLabel->setAlignment(Qt::AlignCenter);
     m_previewLabel->setWordWrap(true);
     m_previewLabel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Ignored);
     connect(m_previewLabel, &ClickableLabel::clicked, this, &MainWindow::togglePreviewBackground);
+    // As tips, these give way to the outcome of an operation.
+    connect(m_previewLabel, &PreviewLabel::pixelPointedAt, this, [this](const QPoint &pixel) {
+        QStatusTipEvent tip(describePixel(*currentROM.editedTexture, pixel));
+        QCoreApplication::sendEvent(this, &tip);
+    });
+    connect(m_previewLabel, &PreviewLabel::pixelLeft, this, [this] {
+        QStatusTipEvent noTip {QString()};
+        QCoreApplication::sendEvent(this, &noTip);
+    });
 
     m_previewArea = new TexturePreviewArea;
     m_previewArea->setObjectName(QStringLiteral("previewArea"));
@@ -75,6 +99,7 @@ void MainWindow::clearPreview()
     m_previewLabel->setText(QString());
     m_previewLabel->setPixmap(QPixmap());
     m_previewLabel->adjustSize();
+    m_previewLabel->refreshPointedPixel();
 }
 
 /// Shows \a message, without a backdrop, in place of the picture.
@@ -83,12 +108,16 @@ void MainWindow::showPreviewMessage(const QString &message)
     m_previewLabel->setStyleSheet(QString());
     m_previewLabel->setText(message);
     m_previewLabel->adjustSize();
+    m_previewLabel->refreshPointedPixel();
 }
 
 void MainWindow::renderTexture()
 {
     if (!currentROM.lastSelectedTexture)
         return;
+    if (m_previewedTexture != currentROM.lastSelectedTexture)
+        m_previewLabel->setZoom(1);
+    m_previewedTexture = currentROM.lastSelectedTexture;
     const TexturePicture picture = textureToShow(*currentROM.editedTexture);
     if (picture.problem != TexturePicture::None) {
         showPreviewMessage(messageFor(picture.problem, currentROM.editedTexture->format));
@@ -97,6 +126,7 @@ void MainWindow::renderTexture()
     m_previewLabel->setPixmap(QPixmap::fromImage(picture.image));
     m_previewLabel->setStyleSheet(m_previewBackground);
     m_previewLabel->adjustSize();
+    m_previewLabel->refreshPointedPixel();
 }
 
 void MainWindow::togglePreviewBackground()

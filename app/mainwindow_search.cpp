@@ -23,6 +23,7 @@
 namespace
 {
 constexpr int messageMilliseconds = 2000;
+constexpr int outcomeMilliseconds = 5000;
 
 // The functions that the debug lines name: the two operations of the window that a search consists of.
 constexpr const char *runFunction = "bool MainWindow::runFindTexture(QStringList, QMap<QString, textureFormat>, bool, int)";
@@ -48,6 +49,7 @@ public:
 
     void beginPicture(const QString &file, int number, int count) override
     {
+        m_isFirstCopy = true;
         if (m_progress)
             m_progress->setLabelText(MainWindow::tr("Searching for %1...").arg(file));
         handleEvents();
@@ -82,6 +84,9 @@ public:
 
     void foundCopy(const QString &format, int position) override
     {
+        ++m_copies;
+        m_picturesFound += m_isFirstCopy ? 1 : 0;
+        m_isFirstCopy = false;
         QUILLARY_DEBUG_AS(findFunction) << QString(QStringLiteral("Found ") + format + QStringLiteral(" texture at 0x")
                                                    + QString::number(quint32(position), 16).toUpper());
     }
@@ -120,6 +125,15 @@ public:
         m_newSelection = nullptr;
     }
 
+    /// What was found of \a pictures pictures, for the user.
+    QString outcome(int pictures) const
+    {
+        if (m_copies == 0)
+            return MainWindow::tr("No copies found.");
+        return MainWindow::tr("Copies found: %1. Pictures found: %2 of %3.")
+            .arg(QString::number(m_copies), QString::number(m_picturesFound), QString::number(pictures));
+    }
+
 private:
     bool wasCancelled() const { return m_progress && m_progress->wasCanceled(); }
 
@@ -145,6 +159,9 @@ private:
     QProgressDialog *m_progress;
     fileTreeDirectory *m_folder;
     QElapsedTimer m_sinceEvents;
+    int m_copies = 0; ///< Of all pictures.
+    int m_picturesFound = 0; ///< Those with a copy.
+    bool m_isFirstCopy = false; ///< The next copy is the first of its picture.
     fileTreeFile *m_newSelection = nullptr; ///< What replaces the selected texture; null when it stays.
     bool m_rowIsCurrent = false; ///< The replaced texture's row was the tree's current one.
 };
@@ -212,6 +229,7 @@ bool MainWindow::runFindTexture(QStringList entries, QMap<QString, textureFormat
     if (search.run(entries))
         sortByCurrentColumn();
     closeProgress(progress);
+    statusBar()->showMessage(view.outcome(entries.size()), outcomeMilliseconds);
     return false;
 }
 

@@ -12,6 +12,7 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QPainter>
+#include <QShortcut>
 #include <QSignalBlocker>
 #include <QTabWidget>
 #include <QTreeWidget>
@@ -155,6 +156,9 @@ void MainWindow::createTreeView()
     connect(m_treeWidget, &QTreeWidget::itemActivated, this, &MainWindow::openTextureTab);
     connect(m_treeWidget->header(), &QHeaderView::sectionClicked, this, &MainWindow::sortTreeView);
     connect(m_treeWidget, &QTreeWidget::itemExpanded, this, &MainWindow::expandTreeDirectory);
+    auto *rename = new QShortcut(QKeySequence(Qt::Key_F2), m_treeWidget);
+    rename->setContext(Qt::WidgetShortcut);
+    connect(rename, &QShortcut::activated, this, &MainWindow::editNameOfSelection);
 }
 
 void MainWindow::fitColumnsToFont()
@@ -371,6 +375,8 @@ void MainWindow::addFile()
     if (folder->treeItem)
         m_treeWidget->setCurrentItem(folder->treeItem);
     showUnsavedFileListNotice();
+    if (folder->treeItem)
+        editNameOfSelection();
     qDebug() << QString(folder->name);
 }
 
@@ -393,6 +399,8 @@ void MainWindow::addTexture()
     if (texture->treeItem)
         m_treeWidget->setCurrentItem(texture->treeItem);
     showUnsavedFileListNotice();
+    if (texture->treeItem)
+        editNameOfSelection();
     qDebug() << QString(texture->name);
 }
 

@@ -118,6 +118,11 @@ void showPath(QLineEdit *field, const QString &path)
     field->setToolTip(QStringLiteral("<span style=\"white-space:pre\">%1</span>").arg(path.toHtmlEscaped()));
 }
 
+void clickOnEnter(QPushButton *button, QLineEdit *field)
+{
+    QObject::connect(field, &QLineEdit::returnPressed, button, &QPushButton::click);
+}
+
 void setReadOnly(QWidget *panel, const QList<QLineEdit *> &fields, bool readOnly)
 {
     bool changed = false;

@@ -45,6 +45,9 @@ private:
 /// Shows a path from its beginning, and whole in the tool tip, where a name that looks like rich text stays a name.
 void showPath(QLineEdit *field, const QString &path);
 
+/// Lets Enter in \a field do what a click on \a button does.
+void clickOnEnter(QPushButton *button, QLineEdit *field);
+
 /// Makes \a fields read-only or not. Their look depends on that; Qt applies it when the style sheet of \a panel, which holds
 /// them, is set again. Styling the whole panel is slow, so it is left out when nothing changes.
 void setReadOnly(QWidget *panel, const QList<QLineEdit *> &fields, bool readOnly);

@@ -6,6 +6,8 @@
 #include "base/hexnumber.h"
 #include "model/rom.h"
 #include "model/textureformat.h"
+#include "widgets/addressstepper.h"
+#include "widgets/formatcompleter.h"
 
 #include <QLabel>
 #include <QLineEdit>
@@ -35,6 +37,16 @@ TexturePanel::TexturePanel(QWidget *styledPanel)
     connect(m_address, &QLineEdit::textEdited, this, &TexturePanel::addressEdited);
     for (QSpinBox *field : {m_width, m_height})
         connect(field, QOverload<int>::of(&QSpinBox::valueChanged), this, &TexturePanel::edited);
+    new FormatCompleter(m_format);
+    new AddressStepper(m_offset, [] { return stepsOfTexture(*currentROM.editedTexture); });
+    new AddressStepper(m_palette, [] { return stepsOfPalette(*currentROM.editedTexture); });
+    m_offset->setToolTip(MainWindow::tr("Up, Down: one texel\n"
+                                        "Page Up, Page Down: one row\n"
+                                        "Ctrl+Page Up, Ctrl+Page Down: one texture"));
+    for (QLineEdit *field : {m_name, m_offset, m_format, m_palette})
+        clickOnEnter(m_save, field);
+    for (QSpinBox *field : {m_width, m_height})
+        clickOnEnter(m_save, field->findChild<QLineEdit *>());
     connect(m_save, &QPushButton::clicked, this, &TexturePanel::saveRequested);
 }
 
@@ -50,6 +62,7 @@ void TexturePanel::showNothing()
         field->clear();
     m_path->setToolTip(QString());
     m_format->setToolTip(QString());
+    m_palette->setToolTip(QString());
     m_width->setValue(0);
     m_height->setValue(0);
     setEditable(false);
@@ -91,11 +104,11 @@ void TexturePanel::readValues(fileTreeFile *texture)
 {
     texture->name = m_name->text();
     texture->address = parseTypedNumber(m_offset->text());
-    showAddressOf(*texture);
     texture->format = m_format->text();
     texture->height = m_height->value();
     texture->width = m_width->value();
     texture->paletteAddress = parseTypedNumber(m_palette->text());
+    showAddressOf(*texture);
     showFieldsOfFormat(texture->format);
 }
 
@@ -112,6 +125,17 @@ void TexturePanel::showOffsetOf(const fileTreeFile &texture)
 void TexturePanel::showAddressOf(const fileTreeFile &texture)
 {
     m_address->setText(hexNumber(texture.realAddress()));
+    m_palette->setToolTip(MainWindow::tr("Address in the image: %1\n"
+                                         "Up, Down: one colour\n"
+                                         "Page Up, Page Down: one palette\n"
+                                         "Ctrl+Page Up, Ctrl+Page Down: one texture")
+                              .arg(hexNumber(texture.realPaletteAddress())));
+}
+
+void TexturePanel::editName()
+{
+    m_name->setFocus(Qt::OtherFocusReason);
+    m_name->selectAll();
 }
 
 QWidget *TexturePanel::lastField() const

@@ -28,7 +28,9 @@ public:
     void readValues(fileTreeFile *texture);
     void showPathOf(const fileTreeFile &texture);
     void showOffsetOf(const fileTreeFile &texture);
+    /// Shows where \a texture and, in a tool tip, its palette lie in the image.
     void showAddressOf(const fileTreeFile &texture);
+    void editName(); ///< Focuses the name and selects its text.
     /// The last widget in the order of Tab.
     QWidget *lastField() const;
 

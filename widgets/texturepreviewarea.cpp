@@ -4,12 +4,16 @@
 #include "base/debuglog.h"
 #include "model/rom.h"
 #include "model/textureformat.h"
+#include "widgets/previewlabel.h"
 
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QFileInfo>
 #include <QMimeData>
+#include <QScrollBar>
+#include <QShortcut>
 #include <QUrl>
+#include <QWheelEvent>
 
 namespace
 {
@@ -23,6 +27,58 @@ bool fitsSelectedTexture(const QString &suffix)
         return suffix == QLatin1String("jpg") || suffix == QLatin1String("jpeg");
     return suffix == QLatin1String("png");
 }
+}
+
+TexturePreviewArea::TexturePreviewArea(QWidget *parent) : QScrollArea(parent)
+{
+    // On many keyboards "+" needs Shift; its key alone is "=".
+    addZoomKeys({QKeySequence(Qt::CTRL | Qt::Key_Plus), QKeySequence(Qt::CTRL | Qt::Key_Equal)}, 1);
+    addZoomKeys({QKeySequence(Qt::CTRL | Qt::Key_Minus)}, -1);
+    addZoomKeys({QKeySequence(Qt::CTRL | Qt::Key_0)}, -PreviewLabel::largestZoom);
+}
+
+/// The keys work wherever the focus is in the window, while the preview shows.
+void TexturePreviewArea::addZoomKeys(const QList<QKeySequence> &keys, int step)
+{
+    for (const QKeySequence &key : keys) {
+        auto *shortcut = new QShortcut(key, this);
+        connect(shortcut, &QShortcut::activated, this, [this, step] {
+            if (label())
+                zoomTo(label()->zoom() + step, viewport()->rect().center());
+        });
+    }
+}
+
+PreviewLabel *TexturePreviewArea::label() const
+{
+    return qobject_cast<PreviewLabel *>(widget());
+}
+
+void TexturePreviewArea::wheelEvent(QWheelEvent *event)
+{
+    if (!(event->modifiers() & Qt::ControlModifier) || !label()) {
+        m_wheelAngle = 0;
+        QScrollArea::wheelEvent(event);
+        return;
+    }
+    m_wheelAngle += event->angleDelta().y();
+    const int steps = m_wheelAngle / QWheelEvent::DefaultDeltasPerStep;
+    m_wheelAngle -= steps * QWheelEvent::DefaultDeltasPerStep;
+    zoomTo(label()->zoom() + steps, event->position().toPoint());
+    event->accept();
+}
+
+void TexturePreviewArea::zoomTo(int zoom, const QPoint &anchor)
+{
+    PreviewLabel *label = this->label();
+    if (!label->showsPicture())
+        return;
+    const QPointF pixel = QPointF(label->mapFrom(viewport(), anchor)) / label->zoom();
+    label->setZoom(zoom);
+    const QPointF place = pixel * label->zoom() - anchor;
+    horizontalScrollBar()->setValue(qRound(place.x()));
+    verticalScrollBar()->setValue(qRound(place.y()));
+    label->refreshPointedPixel();
 }
 
 QSize TexturePreviewArea::sizeHint() const
