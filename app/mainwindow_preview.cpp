@@ -44,12 +44,14 @@ QString messageFor(TexturePicture::Problem problem, const QString &format)
 /// Pixels count from the upper left corner, which is 0, 0.
 QString describePixel(const fileTreeFile &texture, const QPoint &pixel)
 {
-    const QString place = MainWindow::tr("Pixel %1, %2").arg(QString::number(pixel.x()), QString::number(pixel.y()));
+    const QString x = QString::number(pixel.x());
+    const QString y = QString::number(pixel.y());
     const std::optional<Texel> texel = texelAt(texture, pixel.x(), pixel.y());
     if (!texel)
-        return place;
+        return MainWindow::tr("Pixel %1, %2").arg(x, y);
     const QString value = QStringLiteral("%1").arg(texel->value, texel->hexDigits, 16, QLatin1Char('0')).toUpper();
-    return MainWindow::tr("%1, address %2, value %3").arg(place, hexNumber(texel->address), QStringLiteral("0x") + value);
+    return MainWindow::tr("Pixel %1, %2, address %3, value %4")
+        .arg(x, y, hexNumber(texel->address), QStringLiteral("0x") + value);
 }
 }
 

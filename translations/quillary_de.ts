@@ -97,6 +97,13 @@
     </message>
 </context>
 <context>
+    <name>FormatCompleter</name>
+    <message>
+        <source>The formats are: %1</source>
+        <translation>Die Formate sind: %1</translation>
+    </message>
+</context>
+<context>
     <name>Gallery</name>
     <message>
         <source>palette</source>
@@ -768,6 +775,40 @@ Vor dem Importieren muss die Größe des Bildes angepasst werden.</translation>
     <message>
         <source>%1 is a link that leads out of the profiles folder.</source>
         <translation>%1 ist ein Verweis, der aus dem Ordner der Profile hinausführt.</translation>
+    </message>
+    <message>
+        <source>Pixel %1, %2</source>
+        <translation>Pixel %1, %2</translation>
+    </message>
+    <message>
+        <source>Pixel %1, %2, address %3, value %4</source>
+        <translation>Pixel %1, %2, Adresse %3, Wert %4</translation>
+    </message>
+    <message>
+        <source>No copies found.</source>
+        <translation>Keine Kopien gefunden.</translation>
+    </message>
+    <message>
+        <source>Copies found: %1. Pictures found: %2 of %3.</source>
+        <translation>Gefundene Kopien: %1. Gefundene Bilder: %2 von %3.</translation>
+    </message>
+    <message>
+        <source>Up, Down: one texel
+Page Up, Page Down: one row
+Ctrl+Page Up, Ctrl+Page Down: one texture</source>
+        <translation>Auf, Ab: ein Texel
+Bild auf, Bild ab: eine Zeile
+Strg+Bild auf, Strg+Bild ab: eine Textur</translation>
+    </message>
+    <message>
+        <source>Address in the image: %1
+Up, Down: one colour
+Page Up, Page Down: one palette
+Ctrl+Page Up, Ctrl+Page Down: one texture</source>
+        <translation>Adresse im Abbild: %1
+Auf, Ab: eine Farbe
+Bild auf, Bild ab: eine Palette
+Strg+Bild auf, Strg+Bild ab: eine Textur</translation>
     </message>
 </context>
 <context>

@@ -69,8 +69,6 @@ echo "Find the palette of a ci4 texture"
 find_row Water # the folder
 tool new_file
 wait_for "the new entry" logged '"New Texture"'
-# Past the tabs, the seven fields of the folder and the texture's path.
-tabs 10
 fill 'First Wave'
 tabs 1
 fill 0x20
