@@ -144,6 +144,11 @@ build() {
         cmake -S . -B "$folder" "$@" >"$log" 2>&1 || { cat "$log" >&2; die "Configuring failed"; }
     fi
     say "Building in $folder"
+    if [ -t 1 ]; then # Someone watches: show the progress.
+        # shellcheck disable=SC2086 # the targets are several words
+        cmake --build "$folder" --parallel "$(nproc)" --target $targets || die "Building failed"
+        return
+    fi
     log=$folder/build.log
     # shellcheck disable=SC2086 # the targets are several words
     cmake --build "$folder" --parallel "$(nproc)" --target $targets >"$log" 2>&1 || { tail -n 60 "$log" >&2; die "Building failed; see $log"; }

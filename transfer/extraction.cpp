@@ -14,8 +14,6 @@
 #include <QFileInfo>
 #include <QImage>
 
-#include <algorithm>
-
 namespace
 {
 class ExtractionTexts
@@ -33,7 +31,7 @@ bool writeFile(const QString &path, const QByteArray &bytes, QString *error)
         *error = ExtractionTexts::tr("There is something of that name that is no regular file");
         return false;
     }
-    // Extracting a folder anew finds most of its files as they were; replacing each costs a flush to the disk.
+    // A folder that is extracted again has mostly unchanged files; replacing each would cost a flush to the disk.
     QByteArray old;
     if (info.size() == bytes.size() && readWholeFile(path, &old, error) && old == bytes)
         return true;
@@ -42,7 +40,7 @@ bool writeFile(const QString &path, const QByteArray &bytes, QString *error)
 
 QByteArray encodedAsPng(QImage image)
 {
-    // A new image has the screen's resolution, which goes into the file: it would differ from one machine to the next.
+    // A new image has the resolution of the screen, which is stored in the file and differs between machines.
     constexpr int dotsPerMeter = 3780; // 96 dots per inch.
     image.setDotsPerMeterX(dotsPerMeter);
     image.setDotsPerMeterY(dotsPerMeter);
@@ -51,22 +49,19 @@ QByteArray encodedAsPng(QImage image)
     return image.save(&buffer, "PNG") ? buffer.data() : QByteArray();
 }
 
-/// Characters that lead from one folder to another on the system at hand.
-constexpr const char *pathCharacters()
+/// Whether a relative \a path of names stays below its folder: it is not absolute and has no component "..". A name with "/" gives
+/// nested folders; an empty one is the folder itself.
+bool staysBelow(const QString &path)
 {
 #ifdef Q_OS_WIN
-    return "/\\:";
+    const QString separated = QString(path).replace(QLatin1Char('\\'), QLatin1Char('/'));
+    if (separated.contains(QLatin1Char(':')))
+        return false;
 #else
-    return "/";
+    const QString &separated = path;
 #endif
-}
-
-/// Whether \a name stays within its folder when it is used as a file name. An empty one does: the folder itself.
-bool staysInFolder(const QString &name)
-{
-    const QLatin1String leading(pathCharacters());
-    return name != QLatin1String("..") && !name.contains(QChar(0))
-        && std::none_of(leading.begin(), leading.end(), [&name](char c) { return name.contains(QLatin1Char(c)); });
+    return !separated.startsWith(QLatin1Char('/')) && !separated.contains(QChar(0))
+        && !separated.split(QLatin1Char('/')).contains(QLatin1String(".."));
 }
 
 class FolderExtractor
@@ -79,12 +74,12 @@ public:
         QDir().mkpath(m_path);
         m_bounds = FolderBounds(m_path);
         m_progress->setMaximum(fileTreeContainer().allFiles(top).size());
-        // An own stack: how deep a table goes is up to whoever wrote it.
+        // No recursion: the depth of a table is untrusted.
         QList<Step> stack {{m_path, top}};
         while (!stack.isEmpty()) {
             const Step step = stack.takeLast();
             const QString target = step.path + QLatin1Char('/') + step.directory->name;
-            if (!makeDirectory(*step.directory, target))
+            if (!makeDirectory(*step.directory, step.path))
                 continue;
             for (const fileTreeFile *texture : step.directory->files) {
                 m_result.cancelled = m_progress->cancelled();
@@ -102,7 +97,7 @@ public:
 private:
     struct Step
     {
-        QString path; ///< Of the directory on disk that holds this one.
+        QString path; ///< The parent directory on disk.
         const fileTreeDirectory *directory;
     };
 
@@ -111,37 +106,51 @@ private:
         m_result.problems.append(pathInTable + QLatin1String(": ") + reason);
     }
 
-    /// Leaves out what could have been extracted but for the disk, or for a name or a link that leads elsewhere.
+    /// Reports a texture or folder that cannot be written because of the disk, its name or a link, also to the log.
     void failToWrite(const QString &pathInTable, const QString &reason)
     {
         leaveOut(pathInTable, reason);
         m_log->debug(m_result.problems.last());
     }
 
-    bool makeDirectory(const fileTreeDirectory &directory, const QString &target)
+    /// Creates the directory \a name, which may be nested, in the directory at \a path, for the node at \a pathInTable. Looks at the
+    /// new names alone: the directories above have been checked.
+    bool makeDirectory(const QString &pathInTable, QString path, const QString &name)
     {
-        if (!staysInFolder(directory.name)) {
-            failToWrite(directory.path() + directory.name, ExtractionTexts::tr("Its name is no name for a directory"));
-            return false;
-        }
-        if (!QDir(target).exists() && !QDir(target).mkpath(QStringLiteral("."))) {
-            failToWrite(directory.path() + directory.name, ExtractionTexts::tr("The directory could not be created"));
-            return false;
-        }
-        if (m_bounds.leadsOut(QFileInfo(target))) {
-            failToWrite(directory.path() + directory.name,
-                        ExtractionTexts::tr("A link of that name leads out of the chosen folder"));
-            return false;
+        const QStringList components = name.split(QLatin1Char('/'), Qt::SkipEmptyParts);
+        for (const QString &component : components) {
+            path += QLatin1Char('/') + component;
+            const QFileInfo info(path);
+            if (m_bounds.leadsOut(info)) {
+                failToWrite(pathInTable, ExtractionTexts::tr("A link of that name leads out of the chosen folder"));
+                return false;
+            }
+            if (!info.isDir() && !QDir().mkdir(path)) {
+                failToWrite(pathInTable, ExtractionTexts::tr("The directory could not be created"));
+                return false;
+            }
         }
         return true;
     }
 
+    bool makeDirectory(const fileTreeDirectory &directory, const QString &path)
+    {
+        const QString pathInTable = directory.path() + directory.name;
+        if (staysBelow(directory.name))
+            return makeDirectory(pathInTable, path, directory.name);
+        failToWrite(pathInTable, ExtractionTexts::tr("Its name is no name for a directory"));
+        return false;
+    }
+
     void extract(const fileTreeFile &texture, const QString &directory)
     {
-        const QString fileName = directory + QLatin1Char('/') + texture.name + pictureExtension(texture.format);
+        const QString name = texture.name + pictureExtension(texture.format);
+        const QString fileName = directory + QLatin1Char('/') + name;
         const QString pathInTable = texture.path() + texture.name;
-        if (!staysInFolder(texture.name))
+        if (!staysBelow(name))
             return failToWrite(pathInTable, ExtractionTexts::tr("Its name is no name for a file"));
+        if (!makeDirectory(pathInTable, directory, name.section(QLatin1Char('/'), 0, -2)))
+            return;
         if (m_bounds.leadsOut(QFileInfo(fileName)))
             return failToWrite(pathInTable, ExtractionTexts::tr("A link of that name leads out of the chosen folder"));
         QString error;

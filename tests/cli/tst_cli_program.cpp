@@ -90,14 +90,6 @@ private slots:
         QCOMPARE(start({"--version"}).out, QByteArray("quillary-cli " QUILLARY_VERSION "\n"));
     }
 
-    void needsNoWidgetLibrary()
-    {
-        const Ended libraries = start("ldd", {QUILLARY_CLI_PROGRAM});
-        QCOMPARE(libraries.status, 0);
-        QVERIFY(libraries.out.contains("libQt5Core"));
-        QVERIFY(!libraries.out.contains("libQt5Widgets"));
-    }
-
     void filesGoThroughPipes()
     {
         const QByteArray image = cartridgeImage(4096);

@@ -58,6 +58,7 @@ private slots:
     void insertWritesShowsAndRefreshes();
     void insertOfAnUnselectedTextureLeavesThePreview();
     void sizeQuestionTexts();
+    void rootFolderIsRememberedWithOneSlash();
     void sizeQuestionAborted_data();
     void sizeQuestionAborted();
     void sizeQuestionIgnoresTheAspectRatio();
@@ -369,6 +370,15 @@ void TransferTest::sizeQuestionTexts()
     QVERIFY(!hasParent);
     QCOMPARE(roles, QList<QMessageBox::ButtonRole>({QMessageBox::RejectRole, QMessageBox::ActionRole, QMessageBox::ActionRole}));
     QCOMPARE(standard.value(0), QMessageBox::Abort);
+}
+
+void TransferTest::rootFolderIsRememberedWithOneSlash()
+{
+    fileTreeFile *texture = addTexture(currentROM.root, "a", 0x100, "i8", 8, 8);
+    BoxAnswer box("Abort");
+    m_window->insertTexture("/quillary-missing.png", texture);
+    QVERIFY(box.answered());
+    QCOMPARE(fileDialogPath(), QString("/"));
 }
 
 void TransferTest::sizeQuestionAborted_data()

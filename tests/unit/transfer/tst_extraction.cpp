@@ -38,6 +38,8 @@ private slots:
     void hostileNamesStayInside();
     void hostileFolderNamesStayInside_data();
     void hostileFolderNamesStayInside();
+    void namesWithSlashesGiveNestedFolders();
+    void nestedFoldersFollowNoLinkOut();
     void linksLeadNowhere();
     void linksInsideAreFollowed();
     void veryDeepTableEndsGracefully();
@@ -278,8 +280,7 @@ void ExtractionTest::hostileNamesStayInside_data()
     QTest::newRow("parent") << QStringLiteral("../escaped");
     QTest::newRow("grandparent") << QStringLiteral("../../escaped");
     QTest::newRow("absolute") << QStringLiteral("/tmp/quillary-escaped");
-    QTest::newRow("subfolder") << QStringLiteral("sub/escaped");
-    QTest::newRow("just the parent") << QStringLiteral("..");
+    QTest::newRow("parent of a subfolder") << QStringLiteral("sub/../../escaped");
     QTest::newRow("zero character") << QString(QStringLiteral("a") + QChar(0) + QStringLiteral("b"));
 }
 
@@ -298,6 +299,34 @@ void ExtractionTest::hostileNamesStayInside()
 void ExtractionTest::hostileFolderNamesStayInside_data()
 {
     hostileNamesStayInside_data();
+    QTest::newRow("just the parent") << QStringLiteral("..");
+}
+
+void ExtractionTest::namesWithSlashesGiveNestedFolders()
+{
+    fileTreeDirectory *folder = newFolder(currentROM.root, "x");
+    folder->name = "x/y";
+    newTexture(folder, "a", 0);
+    newTexture(currentROM.root, "t", 0)->name = "x/t";
+    newTexture(currentROM.root, "u", 0)->name = ".."; // The file is called "...png".
+    const FolderExtraction result = extractFolder(path(), currentROM.root, &m_log);
+    QCOMPARE(result.problems, QStringList());
+    QCOMPARE(result.written, 3);
+    QCOMPARE(treeOnDisk(path()),
+             QStringList({"Root/", "Root/...png", "Root/x/", "Root/x/t.png", "Root/x/y/", "Root/x/y/a.png"}));
+}
+
+void ExtractionTest::nestedFoldersFollowNoLinkOut()
+{
+    QVERIFY(QDir(path()).mkpath("chosen/Root"));
+    QVERIFY(QDir(path()).mkpath("elsewhere"));
+    QVERIFY(QFile::link(path("elsewhere"), path("chosen/Root/x")));
+    newTexture(currentROM.root, "t", 0)->name = "x/t";
+    newFolder(currentROM.root, "f")->name = "x/y";
+    const FolderExtraction result = extractFolder(path("chosen"), currentROM.root, &m_log);
+    QCOMPARE(result.written, 0);
+    QCOMPARE(result.problems.size(), 2);
+    QVERIFY(QDir(path("elsewhere")).isEmpty());
 }
 
 void ExtractionTest::hostileFolderNamesStayInside()
