@@ -267,7 +267,9 @@ QString formatOfOtherTools(const QString &name)
 
 QString nameForOtherTools(const QString &format)
 {
-    return format == textureFormats::rgb5a1.name ? QStringLiteral("rgba16") : formatOfOtherTools(format);
+    if (format == textureFormats::rgb5a1.name)
+        return QStringLiteral("rgba16");
+    return textureFormats::find(format) && !textureFormats::isJpeg(format) ? format : QString();
 }
 
 QString quotedText(const QString &text)

@@ -504,6 +504,21 @@ segments:
                  QStringList({"Root/sky 0x00000010 rgb5a1 4x2 -", "Root/a/x y 0x00000100 ci4 4x4 0x00000120"}));
     }
 
+    void formatsThatAreNoneAreLeftOut()
+    {
+        const auto table = tableOf(
+            "<texture name=\"a\" format=\"I4\"/><texture name=\"b\" format=\"rgba16\"/><texture name=\"c\" format=\"\"/>");
+        QByteArray document;
+        QStringList leftOut;
+        QString error;
+        const QStringList wanted {"Root/a: the format \"I4\"", "Root/b: the format \"rgba16\"", "Root/c: the format \"\""};
+        QVERIFY(writeSplatYaml(*table, "NQLE0", 0x1000, &document, &leftOut, &error));
+        QCOMPARE(leftOut, wanted);
+        leftOut.clear();
+        QVERIFY(writeZeldaXml(*table, "NQLE0", &document, &leftOut, &error));
+        QCOMPARE(leftOut, wanted);
+    }
+
     void deepTablesAreRefusedNotWritten()
     {
         const auto root = emptyRoot();
