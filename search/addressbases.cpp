@@ -144,8 +144,10 @@ QVector<qint64> AddressBases::promisingBases(const Extent &extent)
         const qint64 cells = qMax(1, m_likeness[i].bytes() / cellBytes);
         const auto weight = 1 / float(cells);
         const int last = int(qMin<qint64>(count, sums.size() - cells - cell));
+        const float *from = sums.constData() + cell;
+        float *score = scores.data();
         for (int c = 0; c < last; ++c)
-            scores[c] += (sums.at(int(cell + c + cells)) - sums.at(int(cell + c))) * weight;
+            score[c] += (from[c + cells] - from[c]) * weight;
     }
     m_steps->add(qint64(count) * m_chosen.size());
     QVector<int> peaks;
@@ -173,8 +175,10 @@ void AddressBases::scoreWindow(qint64 from, qint64 to, QVector<Candidate> *candi
     m_scores.resize(count);
     for (size_t i = 0; i < m_likeness.size(); ++i) {
         m_likeness[i].score(m_image, from + m_chosen.at(int(i)).address, baseAlignment, count, m_scores.data());
+        const float *scores = m_scores.constData();
+        float *sum = sums.data();
         for (int c = 0; c < count; ++c)
-            sums[c] += m_scores.at(c);
+            sum[c] += scores[c];
         m_steps->add(qint64(count) * baseAlignment + m_likeness[i].bytes());
     }
     for (int c = 0; c < count; ++c) {
@@ -214,8 +218,9 @@ void AddressBases::scorePictures(Candidate *candidate)
     }
 }
 
-/// The best bases near \a around, by pictures.
-QVector<AddressBases::Candidate> AddressBases::refined(const Candidate &around, const Extent &extent)
+/// The best bases near \a around, by pictures; none when the first textures look much worse there than in \a bestRegion, the best
+/// mean of these textures in the regions before, which it updates.
+QVector<AddressBases::Candidate> AddressBases::refined(const Candidate &around, const Extent &extent, double *bestRegion)
 {
     QVector<int> textures;
     for (int i = 0; i < m_chosen.size(); ++i)
@@ -238,6 +243,11 @@ QVector<AddressBases::Candidate> AddressBases::refined(const Candidate &around, 
     candidates = bestApart(
         candidates, mostTried, baseAlignment, [](const Candidate &c) { return c.base; },
         [](const Candidate &c) { return c.score; });
+    const double first =
+        candidates.isEmpty() ? 0 : candidates.first().score * textures.size() / qMin(firstTextures, textures.size());
+    if (first < *bestRegion - hopeless)
+        return {};
+    *bestRegion = qMax(*bestRegion, first);
     for (Candidate &candidate : candidates) {
         for (const int texture : textures.mid(firstTextures))
             candidate.score += scoreOf(texture, candidate.base) / textures.size();
@@ -292,9 +302,10 @@ FoundBase AddressBases::find(const QVector<TextureReference> &textures, int list
     const auto score = [](const Candidate &candidate) { return candidate.score; };
     const QVector<Candidate> regions = bestApart(candidates, mostRegions, regionBytes, place, score);
     candidates.clear();
+    double bestRegion = 0;
     for (const Candidate &region : regions) {
         if (region.score >= regions.first().score - hopeless)
-            candidates += refined(region, extent);
+            candidates += refined(region, extent, &bestRegion);
     }
     if (m_steps->isCancelled() || candidates.isEmpty())
         return found;

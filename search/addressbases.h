@@ -66,7 +66,7 @@ private:
     void scoreWindow(qint64 from, qint64 to, QVector<Candidate> *candidates);
     bool coversCommands(qint64 base) const;
     double scoreOf(int chosen, qint64 base) const;
-    QVector<Candidate> refined(const Candidate &around, const Extent &extent);
+    QVector<Candidate> refined(const Candidate &around, const Extent &extent, double *bestRegion);
     void scorePictures(Candidate *candidate);
     static FoundBase decided(const QVector<Candidate> &candidates);
     static bool isClearOf(const Candidate &best, const Candidate &other);

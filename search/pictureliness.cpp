@@ -4,6 +4,7 @@
 #include "codec/texturemanipulator.h"
 
 #include <QSet>
+#include <QtAlgorithms>
 #include <QtEndian>
 
 #include <algorithm>
@@ -161,6 +162,48 @@ double varietyOfColours(const ByteRange &image, const TextureReference &texture,
     }
     return double(different.size()) / used;
 }
+
+/// The sum of the differences of the four 16-bit lanes of \a a and \a b, whose values are below 256. All lanes at once, since row
+/// scores spend their time here.
+int differenceOfLanes(quint64 a, quint64 b)
+{
+    constexpr quint64 ones = 0x0001000100010001;
+    const quint64 raised = (a | ones << 8) - b; // 256 more in each lane, so that none borrows from the next.
+    const quint64 isNegative = ~raised >> 8 & ones;
+    const quint64 magnitudes = ((raised ^ isNegative * 0xFF) & ones * 0xFF) + isNegative;
+    return int(magnitudes * ones >> 48);
+}
+
+/// The same for those bits of the lanes that \a mask has, \a shift bits further up.
+int differenceOfBits(quint64 a, quint64 b, int shift, quint64 mask)
+{
+    constexpr quint64 ones = 0x0001000100010001;
+    return differenceOfLanes(a >> shift & ones * mask, b >> shift & ones * mask);
+}
+
+using Kind = RowLikeness::Kind;
+
+/// The sum of the differences of eight bytes, each from 0 to 255.
+template<Kind kind> int differenceAs(quint64 a, quint64 b)
+{
+    if (kind == Kind::Bytes)
+        return differenceOfBits(a, b, 0, 0xFF) + differenceOfBits(a, b, 8, 0xFF);
+    if (kind == Kind::Nibbles) {
+        const int sum = differenceOfBits(a, b, 0, 0xF) + differenceOfBits(a, b, 4, 0xF) + differenceOfBits(a, b, 8, 0xF)
+            + differenceOfBits(a, b, 12, 0xF);
+        return sum * 17 / 2;
+    }
+    if (kind == Kind::Colours16) {
+        const int colours = differenceOfBits(a, b, 11, 31) + differenceOfBits(a, b, 6, 31) + differenceOfBits(a, b, 1, 31);
+        return colours * 4 + differenceOfBits(a, b, 0, 1) * 127;
+    }
+    // Indices are equal or not: the top bit of each says which.
+    constexpr quint64 tops = kind == Kind::Indices8 ? 0x8080808080808080 : 0x8888888888888888;
+    const quint64 bits = a ^ b;
+    const int different = int(qPopulationCount((((bits & ~tops) + ~tops) | bits) & tops));
+    return different * int(randomDifference) / (kind == Kind::Indices8 ? 1 : 2);
+}
+
 }
 
 double pictureliness(const ByteRange &image, const TextureReference &texture, qint64 address, qint64 paletteAddress)
@@ -223,43 +266,21 @@ RowLikeness::RowLikeness(const TextureReference &texture)
         m_kind = Kind::Colours16;
 }
 
-/// The sum of the differences of eight bytes, each from 0 to 255.
-int RowLikeness::difference(quint64 a, quint64 b) const
+/// Fills the sums for \a words words from \a data on, of which \a left bytes are in the image.
+template<RowLikeness::Kind kind> void RowLikeness::sumUp(const char *data, qint64 left, int words)
 {
-    if (a == b)
-        return 0;
-    int sum = 0;
-    switch (m_kind) {
-    case Kind::Bytes:
-        for (int shift = 0; shift < 64; shift += 8)
-            sum += std::abs(int(a >> shift & 0xFF) - int(b >> shift & 0xFF));
-        break;
-    case Kind::Nibbles:
-        for (int shift = 0; shift < 64; shift += 4)
-            sum += std::abs(int(a >> shift & 0xF) - int(b >> shift & 0xF));
-        sum = sum * 17 / 2;
-        break;
-    case Kind::Indices8:
-        for (int shift = 0; shift < 64; shift += 8)
-            sum += (a >> shift & 0xFF) != (b >> shift & 0xFF) ? int(randomDifference) : 0;
-        break;
-    case Kind::Indices4:
-        for (int shift = 0; shift < 64; shift += 4)
-            sum += (a >> shift & 0xF) != (b >> shift & 0xF) ? int(randomDifference) : 0;
-        sum /= 2;
-        break;
-    case Kind::Colours16:
-        for (int shift = 0; shift < 64; shift += 16) {
-            const int x = int(a >> shift & 0xFFFF);
-            const int y = int(b >> shift & 0xFFFF);
-            sum += (std::abs((x >> 11) - (y >> 11)) + std::abs((x >> 6 & 31) - (y >> 6 & 31))
-                    + std::abs((x >> 1 & 31) - (y >> 1 & 31)))
-                    * 4
-                + ((x ^ y) & 1) * 127;
-        }
-        break;
+    const qint64 farBytes = qint64(m_rows / 2) * m_rowBytes;
+    int *rough = m_rough.data();
+    int *varied = m_varied.data();
+    rough[0] = 0;
+    varied[0] = 0;
+    const auto wordOf = [data, left](qint64 at) { return at + wordBytes <= left ? qFromBigEndian<quint64>(data + at) : 0; };
+    for (int i = 0; i < words; ++i) {
+        const qint64 at = qint64(i) * wordBytes;
+        const quint64 word = wordOf(at);
+        rough[i + 1] = rough[i] + differenceAs<kind>(word, wordOf(at + m_rowBytes));
+        varied[i + 1] = varied[i] + (word != wordOf(at + farBytes) ? 1 : 0);
     }
-    return sum;
 }
 
 void RowLikeness::score(const ByteRange &image, qint64 address, int step, int count, float *scores)
@@ -270,23 +291,21 @@ void RowLikeness::score(const ByteRange &image, qint64 address, int step, int co
     const qint64 left = image.size - address;
     m_rough.resize(words + 1);
     m_varied.resize(words + 1);
-    m_rough[0] = 0;
-    m_varied[0] = 0;
-    for (int i = 0; i < words; ++i) {
-        const int at = i * wordBytes;
-        const quint64 word = at + wordBytes <= left ? qFromBigEndian<quint64>(data + at) : 0;
-        const quint64 below = at + m_rowBytes + wordBytes <= left ? qFromBigEndian<quint64>(data + at + m_rowBytes) : 0;
-        const int farAt = at + farRows * m_rowBytes;
-        const quint64 further = farAt + wordBytes <= left ? qFromBigEndian<quint64>(data + farAt) : 0;
-        m_rough[i + 1] = m_rough.at(i) + difference(word, below);
-        m_varied[i + 1] = m_varied.at(i) + (word != further ? 1 : 0);
+    switch (m_kind) {
+    case Kind::Bytes: sumUp<Kind::Bytes>(data, left, words); break;
+    case Kind::Nibbles: sumUp<Kind::Nibbles>(data, left, words); break;
+    case Kind::Indices8: sumUp<Kind::Indices8>(data, left, words); break;
+    case Kind::Indices4: sumUp<Kind::Indices4>(data, left, words); break;
+    case Kind::Colours16: sumUp<Kind::Colours16>(data, left, words); break;
     }
     const int pairWords = qMax(1, (m_rows - 1) * m_rowBytes / wordBytes);
     const int farWords = qMax(1, (m_rows - farRows) * m_rowBytes / wordBytes);
+    const int *roughUpTo = m_rough.constData();
+    const int *variedUpTo = m_varied.constData();
     for (int i = 0; i < count; ++i) {
         const int first = i * step / wordBytes;
-        const int rough = m_rough.at(qMin(words, first + pairWords)) - m_rough.at(first);
-        const int varied = m_varied.at(qMin(words, first + farWords)) - m_varied.at(first);
+        const int rough = roughUpTo[qMin(words, first + pairWords)] - roughUpTo[first];
+        const int varied = variedUpTo[qMin(words, first + farWords)] - variedUpTo[first];
         const float variety = qMin(1.0F, 4.0F * float(varied) / float(farWords));
         scores[i] = variety * qMax(0.0F, 1.0F - float(rough) / float(pairWords * wordBytes * randomDifference));
     }
@@ -303,4 +322,17 @@ float RowLikeness::atSample(const ByteRange &image, qint64 address) const
         return 0;
     const int rough = difference(word, qFromBigEndian<quint64>(data + m_rowBytes));
     return qMax(0.0F, 1.0F - float(rough) / float(wordBytes * randomDifference));
+}
+
+/// The sum of the differences of eight bytes, each from 0 to 255.
+int RowLikeness::difference(quint64 a, quint64 b) const
+{
+    switch (m_kind) {
+    case Kind::Bytes: return differenceAs<Kind::Bytes>(a, b);
+    case Kind::Nibbles: return differenceAs<Kind::Nibbles>(a, b);
+    case Kind::Indices8: return differenceAs<Kind::Indices8>(a, b);
+    case Kind::Indices4: return differenceAs<Kind::Indices4>(a, b);
+    case Kind::Colours16: break;
+    }
+    return differenceAs<Kind::Colours16>(a, b);
 }

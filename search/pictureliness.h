@@ -30,9 +30,12 @@ public:
     /// The same for the eight bytes at \a address alone: 0 where the image ends too early.
     float atSample(const ByteRange &image, qint64 address) const;
 
-private:
+    /// What the bytes stand for.
     enum class Kind { Bytes, Nibbles, Indices8, Indices4, Colours16 };
+
+private:
     int difference(quint64 a, quint64 b) const;
+    template<Kind kind> void sumUp(const char *data, qint64 left, int words);
 
     Kind m_kind = Kind::Bytes;
     int m_rowBytes = 0;

@@ -3,11 +3,14 @@
 #include "demo/democartridge.h"
 #include "model/rom.h"
 #include "search/discovery.h"
+#include "search/pictureliness.h"
 #include "support/bootimages.h"
 #include "support/displaylists.h"
 
+#include <QRandomGenerator>
 #include <QTest>
 
+#include <cstdlib>
 #include <limits>
 
 namespace
@@ -67,6 +70,8 @@ private slots:
     void onlyListsInTheRange();
     void emptyAndShortImages();
     void endsWhenUnwanted();
+    void rowsAreComparedByTheirValues_data();
+    void rowsAreComparedByTheirValues();
 };
 
 void tst_Discovery::findsTheDemosTextures()
@@ -294,6 +299,60 @@ void tst_Discovery::endsWhenUnwanted()
     WorkSteps steps([&asked] { return ++asked > 0; });
     steps.add(WorkSteps::bytesPerStep);
     QVERIFY(discoverTextures(demo::cartridge().image, 0, 0x300000, &steps).textures.size() <= 1);
+}
+
+void tst_Discovery::rowsAreComparedByTheirValues_data()
+{
+    QTest::addColumn<QString>("format");
+    for (const char *format : {"i4", "i8", "ia8", "rgb5a1", "rgba32", "ci4", "ci8"})
+        QTest::newRow(format) << QString(format);
+}
+
+/// The mean difference of two bytes, from the values that \a format has in eight bytes, each by itself.
+double plainDifference(const QString &format, const uchar *a, const uchar *b)
+{
+    double sum = 0;
+    for (int i = 0; i < 8; ++i) {
+        const int nibbles[] = {std::abs((a[i] >> 4) - (b[i] >> 4)), std::abs((a[i] & 15) - (b[i] & 15))};
+        if (format == "ci8")
+            sum += a[i] != b[i] ? 85 : 0;
+        else if (format == "ci4")
+            sum += 42.5 * ((nibbles[0] ? 1 : 0) + (nibbles[1] ? 1 : 0));
+        else if (format == "i4")
+            sum += 8.5 * (nibbles[0] + nibbles[1]);
+        else if (format != "rgb5a1")
+            sum += std::abs(a[i] - b[i]);
+    }
+    for (int i = 0; format == "rgb5a1" && i < 8; i += 2) {
+        const int x = a[i] << 8 | a[i + 1];
+        const int y = b[i] << 8 | b[i + 1];
+        for (const int shift : {11, 6, 1})
+            sum += 4 * std::abs((x >> shift & 31) - (y >> shift & 31));
+        sum += (x & 1) != (y & 1) ? 127 : 0;
+    }
+    return sum / 8;
+}
+
+void tst_Discovery::rowsAreComparedByTheirValues()
+{
+    QFETCH(QString, format);
+    TextureReference texture;
+    texture.format = format;
+    texture.width = 64 / bitsPerPixel(format);
+    texture.height = 16;
+    QRandomGenerator random(3);
+    for (int round = 0; round < 50; ++round) {
+        QByteArray image(256, '\0');
+        for (int i = 0; i < 128; ++i) // Near values as well as far ones.
+            image[i] = char(random.bounded(round % 2 ? 256 : 3) - 1);
+        const auto *bytes = reinterpret_cast<const uchar *>(image.constData());
+        double sum = 0;
+        for (int row = 0; row + 1 < 16; ++row)
+            sum += plainDifference(format, bytes + 8 * row, bytes + 8 * (row + 1)) / 15;
+        float score = -1;
+        RowLikeness(texture).score({image.constData(), image.size(), 0}, 0, 16, 1, &score);
+        QVERIFY2(std::abs(score - qMax(0.0, 1 - sum / 85)) < 0.002, qPrintable(QString("%1 %2").arg(score).arg(1 - sum / 85)));
+    }
 }
 
 QTEST_GUILESS_MAIN(tst_Discovery)
