@@ -60,7 +60,7 @@ bool readInput(const QString &path, QByteArray *bytes, QString *error)
 bool makeFolderFor(const QString &path, QString *error)
 {
     const QString folder = QFileInfo(path).path();
-    if (QDir().mkpath(folder))
+    if (QFileInfo(folder).isDir() || QDir().mkpath(folder))
         return true;
     *error = QStringLiteral("Cannot create folder %1").arg(folder);
     return false;

@@ -167,5 +167,8 @@ bool saveNew(const QString &path, const QByteArray &bytes, QString *error, Flush
         return false;
     }
     file.setAutoRemove(false);
-    return flush == Flush::No || syncFolder(folder, error);
+    if (flush == Flush::No || syncFolder(folder, error))
+        return true;
+    QFile::remove(path); // The name may be gone after a loss of power.
+    return false;
 }

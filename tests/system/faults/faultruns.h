@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "system/faults/faultpoints.h"
 #include "support/pictures.h"
+#include "system/faults/faultpoints.h"
 
 #include <QDirIterator>
 #include <QFileInfo>
@@ -138,8 +138,7 @@ private:
             const QString message = m_operation.run(folder.path());
             faults::disarm();
             const QByteArray where = describe(qPrintable(qt_error_string(error)), at) + ", \"" + message.toUtf8() + '"';
-            // Who may not remove names any more cannot tidy up.
-            checkWhole(folder.path(), what == faults::What::DenyFromHereOn, where);
+            checkWhole(folder.path(), mayLeaveMore(what, at), where);
             checkMessage(folder.path(), message, what, at, error, where);
             checkNextRun(folder.path(), where);
         }
@@ -148,6 +147,12 @@ private:
     QByteArray describe(const char *what, int at) const
     {
         return QByteArray(what) + " at call " + QByteArray::number(at) + ", " + m_calls.at(at - 1);
+    }
+
+    /// Whether there can be a file of another name: one that could not be removed.
+    bool mayLeaveMore(faults::What what, int at) const
+    {
+        return what == faults::What::DenyFromHereOn || (what == faults::What::Fail && m_calls.at(at - 1) == "unlink");
     }
 
     /// With \a mayLeaveMore there may be a file of another name: of a process that was killed.
@@ -171,10 +176,10 @@ private:
                       const QByteArray &where) const
     {
         if (message.isEmpty()) {
-            // A file that may not take the place of another is written to directly; its temporary file can be left over when
-            // nothing may be removed either.
-            const bool wroteDirectly = m_calls.at(at - 1) == "rename" && (error == EACCES || error == EPERM);
-            if (filesBelow(folder) != m_new && !wroteDirectly)
+            Files files = filesBelow(folder);
+            if (mayLeaveMore(what, at))
+                removeUnknown(&files);
+            if (files != m_new)
                 QTest::qFail(where + ": the failure was not noticed", __FILE__, __LINE__);
             if (what == faults::What::Fail && m_calls.at(at - 1) == "fsync")
                 QTest::qFail(where + ": a failed flush was not noticed", __FILE__, __LINE__);
@@ -186,15 +191,20 @@ private:
             QTest::qFail(where + ": no path", __FILE__, __LINE__);
     }
 
+    void removeUnknown(Files *files) const
+    {
+        const QStringList paths = files->keys();
+        for (const QString &path : paths) {
+            if (!m_old.contains(path) && !m_new.contains(path))
+                files->remove(path);
+        }
+    }
+
     void checkNextRun(const QString &folder, const QByteArray &where) const
     {
         const QString message = m_operation.run(folder);
         Files files = filesBelow(folder);
-        const QStringList paths = files.keys();
-        for (const QString &path : paths) {
-            if (!m_old.contains(path) && !m_new.contains(path))
-                files.remove(path);
-        }
+        removeUnknown(&files);
         if (!message.isEmpty() || files != m_new)
             QTest::qFail(where + ": the next run fails: " + message.toUtf8(), __FILE__, __LINE__);
     }

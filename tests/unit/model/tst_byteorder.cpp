@@ -3,6 +3,7 @@
 
 #include "support/images.h"
 
+#include <QMap>
 #include <QTest>
 
 class ByteOrderTest : public QObject
@@ -17,6 +18,7 @@ private slots:
     void convertsLikeTheByteLoop();
     void reportsTheFirstWordOfEveryHundredth_data();
     void reportsTheFirstWordOfEveryHundredth();
+    void copiesTakenDuringAConversionStay();
     void otherOrdersAreLeftAlone();
     void identifier_data();
     void identifier();
@@ -102,6 +104,25 @@ void ByteOrderTest::reportsTheFirstWordOfEveryHundredth()
         convertByteOrder(&image, order, [&](int bytes) { reported << bytes; });
         QCOMPARE(reported, expected);
         QVERIFY(image == withReversedUnits(original, unit));
+    }
+}
+
+/// Each holds the words converted so far and the others as they were, also when the rest is converted.
+void ByteOrderTest::copiesTakenDuringAConversionStay()
+{
+    const QByteArray z64 = cartridgeImage(1000);
+    for (const int unit : {2, 4}) {
+        const QByteArray original = withReversedUnits(z64, unit);
+        QByteArray image = original;
+        QMap<int, QByteArray> copies;
+        convertByteOrder(&image, unit == 2 ? ByteOrder::ByteSwapped : ByteOrder::LittleEndian,
+                         [&](int bytes) { copies.insert(bytes, image); });
+        QVERIFY(image == z64);
+        QVERIFY(copies.size() > 90);
+        for (auto copy = copies.cbegin(); copy != copies.cend(); ++copy) {
+            const int words = copy.key() / 4 * 4;
+            QVERIFY(copy.value() == z64.left(words) + original.mid(words));
+        }
     }
 }
 

@@ -86,6 +86,7 @@ private slots:
     void fileFromPathWritesALine();
     void containsFile();
     void sortIsByRelativeAddress();
+    void comparatorsGoBySignedOffsets();
     void boundary_data();
     void boundary();
     void boundaryWithoutImage();
@@ -688,6 +689,24 @@ void FileTableTest::sortIsByRelativeAddress()
     QCOMPARE(currentROM.root->directories, (QList<fileTreeDirectory *> {b, a}));
     QCOMPARE(currentROM.root->files, (QList<fileTreeFile *> {early, late}));
     QCOMPARE(QString(a->files.first()->name), QStringLiteral("2"));
+}
+
+void FileTableTest::comparatorsGoBySignedOffsets()
+{
+    fileTreeDirectory *a = folderIn(currentROM.root, "a", -1);
+    fileTreeDirectory *b = folderIn(currentROM.root, "b", 5);
+    fileTreeDirectory *inner = folderIn(b, "inner", 5);
+    QVERIFY(sortDirectoryDown(a, b));
+    QVERIFY(!sortDirectoryDown(b, a));
+    QVERIFY(!sortDirectoryDown(b, inner)); // 5 in both: relative, and strictly less
+    QVERIFY(!sortDirectoryDown(inner, b));
+    fileTreeFile *early = texture(currentROM.root, "z", -1);
+    fileTreeFile *late = texture(currentROM.root, "a", 3);
+    fileTreeFile *deeper = texture(b, "b", 3);
+    QVERIFY(sortFileDown(early, late));
+    QVERIFY(!sortFileDown(late, early));
+    QVERIFY(!sortFileDown(late, deeper));
+    QVERIFY(!sortFileDown(deeper, late));
 }
 
 void FileTableTest::boundary_data()

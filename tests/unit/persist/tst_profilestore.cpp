@@ -67,6 +67,8 @@ private slots:
     void readsSettings();
     void malformedSettingsKeepWhatWasRead_data();
     void malformedSettingsKeepWhatWasRead();
+    void truncatedAutosaveCountsByItsText_data();
+    void truncatedAutosaveCountsByItsText();
     void settingsSurviveARoundTrip_data();
     void settingsSurviveARoundTrip();
 
@@ -183,6 +185,31 @@ void ProfileStoreTest::malformedSettingsKeepWhatWasRead()
     QVERIFY(!error.isEmpty());
     QCOMPARE(settings.autoload, autoload);
     QVERIFY(settings.autosave);
+}
+
+void ProfileStoreTest::truncatedAutosaveCountsByItsText_data()
+{
+    QTest::addColumn<QByteArray>("end");
+    QTest::addColumn<bool>("autosave");
+    QTest::newRow("before the element") << QByteArray("<autosav") << true;
+    QTest::newRow("no text") << QByteArray("<autosave>") << false;
+    QTest::newRow("part of the text") << QByteArray("<autosave>tru") << false;
+    QTest::newRow("other text") << QByteArray("<autosave>false</auto") << false;
+    QTest::newRow("the text and an end tag that is cut") << QByteArray("<autosave>true</auto") << true;
+    QTest::newRow("the text and another end tag") << QByteArray("<autosave>true</settings>") << true;
+    // The reader gives text that the end of the document cuts as none at all: more of it may be missing.
+    QTest::newRow("the text alone") << QByteArray("<autosave>true") << false;
+}
+
+void ProfileStoreTest::truncatedAutosaveCountsByItsText()
+{
+    QFETCH(const QByteArray, end);
+    QFETCH(const bool, autosave);
+    ProfileSettings settings {QString(), !autosave};
+    QString error;
+    QVERIFY(!readProfileSettings("<settings>" + end, &settings, &error));
+    QVERIFY(!error.isEmpty());
+    QCOMPARE(settings.autosave, autosave);
 }
 
 void ProfileStoreTest::settingsSurviveARoundTrip_data()
