@@ -3,7 +3,7 @@
 
 #include "codec/compressedblock.h"
 
-/// gzip files and zlib streams, by zlib.
+/// gzip files and zlib streams: zlib decodes them, libdeflate makes them, unless zlib makes them shorter.
 namespace deflateblock
 {
 /// Whether \a bytes begin like a stream of \a kind, which is Gzip or Zlib. About one in 2,000 places of noise does for zlib.

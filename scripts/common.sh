@@ -51,7 +51,7 @@ install_packages() {
 translation_packages=(qttools5-dev qttools5-dev-tools qttranslations5-l10n)
 
 # The libraries that the programs are built on.
-library_packages=(qtbase5-dev zlib1g-dev libyaml-cpp-dev)
+library_packages=(qtbase5-dev zlib1g-dev libdeflate-dev libyaml-cpp-dev)
 
 # require_tools [PACKAGE...]: a compiler, CMake, a build tool and the libraries, and further Debian packages
 require_tools() {

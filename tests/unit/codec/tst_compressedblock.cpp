@@ -180,6 +180,34 @@ private slots:
         QVERIFY(packedBlock(kind, trap).size() < blocks::lazySize(kind, trap));
     }
 
+    void streamsAreShort_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QByteArray twoValues;
+        for (QRandomGenerator random(1); twoValues.size() < 60000;)
+            twoValues.append(char(random.bounded(2)));
+        QByteArray counting;
+        for (int i = 0; i < 50000; ++i)
+            counting.append(char(i >> 8)).append(char(i));
+        QTest::newRow("mixed") << blocks::mixedContent(60000, 3);
+        QTest::newRow("two values") << twoValues;
+        QTest::newRow("counting") << counting;
+        QTest::newRow("zeros") << QByteArray(1000000, '\0');
+    }
+    void streamsAreShort()
+    {
+        QFETCH(QByteArray, content);
+        // Qt's own compression is zlib's, which is greedy with lazy matching, with the size before it.
+        constexpr int usualLevel = 6;
+        constexpr int sizeBytes = 4;
+        constexpr int gzipBytes = 12; // By which gzip's header and tail are longer.
+        const int usual = qCompress(content, usualLevel).size() - sizeBytes;
+        QVERIFY(packedBlock(BlockKind::Zlib, content).size() <= usual);
+        QVERIFY(packedBlock(BlockKind::Gzip, content).size() <= usual + gzipBytes);
+        if (QTest::currentDataTag() == QByteArray("mixed"))
+            QVERIFY(packedBlock(BlockKind::Zlib, content).size() * 100 < qCompress(content, 9).size() * 97);
+    }
+
     void matchesAreTheLongest()
     {
         QRandomGenerator random(5);
