@@ -9,6 +9,7 @@
 #include "demo/materials.h"
 #include "demo/scenery.h"
 #include "demo/sprites.h"
+#include "model/headerchecksum.h"
 
 namespace demo
 {
@@ -217,6 +218,12 @@ void addBlock(Layout *layout)
     layout->put(blockAddress, packedBlock(BlockKind::Yay0, content));
 }
 
+/// The header's check codes as tools write them. There is no boot code that tells the chip; the usual one is taken.
+void storeCodes(QByteArray *image)
+{
+    storeCheckCodes(image, *computedCheckCodes(*image, BootChip::Cic6102));
+}
+
 Cartridge made()
 {
     Layout layout(imageSize);
@@ -232,6 +239,7 @@ Cartridge made()
     addUnexplored(&layout);
     addPack(&layout);
     addDisplayLists(&layout);
+    storeCodes(&layout.cartridge.image);
     return layout.cartridge;
 }
 }
@@ -266,6 +274,7 @@ QByteArray secondRevision()
         inserted.append(char(scattered(address, 1, 2)));
     image.insert(insertedAt, inserted);
     image.truncate(imageSize); // What falls off the end is unused.
+    storeCodes(&image);
     return image;
 }
 }

@@ -39,7 +39,7 @@ struct Picture
 
 struct Cartridge
 {
-    QByteArray image; ///< Big-endian.
+    QByteArray image; ///< Big-endian, with the check codes of the boot chip 6102; there is no boot code.
     QVector<Folder> folders;
     QVector<Texture> textures;
     QVector<Picture> imports; ///< A folder "import" that mirrors the file table: the same places in winter.

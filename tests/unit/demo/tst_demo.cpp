@@ -3,6 +3,7 @@
 #include "demo/democartridge.h"
 #include "demo/layout.h"
 #include "model/byteorder.h"
+#include "model/headerchecksum.h"
 #include "model/rom.h"
 #include "model/tablewalk.h"
 #include "persist/filelist.h"
@@ -89,6 +90,7 @@ private slots:
     void initTestCase();
     void init();
     void headerNamesTheCartridge();
+    void checkCodesAreRight();
     void allFormatsAreThere();
     void texturesDoNotOverlap();
     void tableLeadsToEveryTexture();
@@ -134,6 +136,16 @@ void tst_Demo::headerNamesTheCartridge()
     QCOMPARE(currentROM.data.mid(0x20, 20), QByteArray("QUILLARY DEMO       "));
     QCOMPARE(cartridgeIdentifier(currentROM.data), QStringLiteral("NQDE0"));
     QCOMPARE(QString::fromLatin1(demo::identifier), QStringLiteral("NQDE0"));
+}
+
+void tst_Demo::checkCodesAreRight()
+{
+    for (const char *name : {"demo.z64", "demo-1.1.z64"}) {
+        const QByteArray image = contentOf(demoPath(QLatin1String(name)));
+        const std::optional<CheckCodes> stored = storedCheckCodes(image);
+        QVERIFY(stored);
+        QVERIFY2(stored == computedCheckCodes(image, BootChip::Cic6102), name);
+    }
 }
 
 void tst_Demo::allFormatsAreThere()
