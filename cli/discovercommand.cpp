@@ -16,6 +16,7 @@
 #include <QJsonArray>
 #include <QJsonObject>
 
+#include <cstdlib>
 #include <limits>
 
 namespace cli
@@ -131,6 +132,13 @@ void printTexture(const DiscoveredTexture &texture, const CompressedBlock *block
     out << '\n';
 }
 
+/// \a base with its score. Bases of addresses in RAM may be below zero.
+QString scored(const AddressBase &base)
+{
+    const QString sign = base.base < 0 ? QStringLiteral("-") : QString();
+    return QStringLiteral("%1%2 (%3)").arg(sign, hexNumber(int(std::abs(base.base)))).arg(base.score, 0, 'f', 3);
+}
+
 void printUnplaced(const Neighbourhood &neighbourhood, QTextStream &out)
 {
     const QString where =
@@ -139,13 +147,9 @@ void printUnplaced(const Neighbourhood &neighbourhood, QTextStream &out)
                .arg(counted(neighbourhood.textures, QStringLiteral("texture")), where, hexNumber(neighbourhood.firstCommand),
                     hexNumber(neighbourhood.lastCommand));
     if (neighbourhood.base.hasBest)
-        out << QStringLiteral("; best base %1 (%2)")
-                   .arg(neighbourhood.base.best.base)
-                   .arg(neighbourhood.base.best.score, 0, 'f', 3);
+        out << "; best base " << scored(neighbourhood.base.best);
     if (neighbourhood.base.hasSecond)
-        out << QStringLiteral(", then %1 (%2)")
-                   .arg(neighbourhood.base.second.base)
-                   .arg(neighbourhood.base.second.score, 0, 'f', 3);
+        out << ", then " << scored(neighbourhood.base.second);
     out << '\n';
 }
 

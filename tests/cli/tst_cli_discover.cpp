@@ -7,6 +7,7 @@
 #include "support/images.h"
 
 #include <QJsonArray>
+#include <QRegularExpression>
 
 namespace
 {
@@ -48,6 +49,23 @@ private slots:
                          "Not placed: 1 texture of segment 6, in lists from 0x00004000 to 0x00004030\n"
                          "2 textures found\n"));
         QVERIFY(!QDir(m_folder->profiles()).exists());
+    }
+
+    void namesTheBestPlacesOfWhatIsNotClear()
+    {
+        // The same picture over and over: each next one is as good.
+        TestList list;
+        for (int i = 0; i < 12; ++i)
+            list.block(TestList::Rgba, 16, 32, 32, 0x06000000 + quint32(i) * 0x800).draw();
+        QByteArray bytes = cartridgeImage(0x200000);
+        bytes.replace(0x10000, list.bytes().size(), list.bytes());
+        bytes.replace(0x100000, 0x40000, demo::cartridge().image.mid(0x140000, 0x800).repeated(0x80));
+        m_folder->addPart("game.z64", bytes);
+        const QString out = m_folder->call("discover").out;
+        const QRegularExpression line("Not placed: 12 textures of segment 6, in lists from 0x00010000 to 0x0001[0-9A-F]{4}; "
+                                      "best base 0x001[0-3][0-9A-F]{4} \\(0\\.\\d{3}\\), then 0x001[0-3][0-9A-F]{4} "
+                                      "\\(0\\.\\d{3}\\)\n0 textures found\n$");
+        QVERIFY2(line.match(out).hasMatch(), qPrintable(out));
     }
 
     void looksInsideBlocks()
