@@ -151,7 +151,9 @@ tabs 5 # past two boxes, the formats and the choice of what becomes of duplicate
 shot 13-find-folder
 press space # Search
 wait_for_window "$changed"
+wait_for "the end of the search" logged 'Adding new texture' 4
 wait_until_settled
+click_row # The window manager may not yet have given the keys back to the main window.
 press Right
 shot 14-found
 save_profile
