@@ -79,9 +79,14 @@ void measurePacking(const char *name, const QByteArray &content, bool plain)
             times << nanosecondsOf([&] { size = packedBlock(kind, content).size(); });
         std::printf("%-18s %5s  %8d -> %8d bytes %9.1f ms", name, qPrintable(blockKindName(kind)), content.size(), size,
                     milliseconds(medianOf(times)));
-        if (plain && kind != BlockKind::Gzip && kind != BlockKind::Zlib) {
+        const bool isDeflate = kind == BlockKind::Gzip || kind == BlockKind::Zlib;
+        if (plain || isDeflate) {
+            // Qt's own compression is zlib's, with four bytes before it; gzip has twelve more around it.
             int lazy = 0;
-            const qint64 time = nanosecondsOf([&] { lazy = blocks::lazySize(kind, content); });
+            const qint64 time = nanosecondsOf([&] {
+                lazy = isDeflate ? qCompress(content, 6).size() - 4 + (kind == BlockKind::Gzip ? 12 : 0)
+                                 : blocks::lazySize(kind, content);
+            });
             std::printf("   plain lazy %8d bytes (%+.2f %%) %9.1f ms (x %.1f)", lazy, 100.0 * (lazy - size) / size,
                         milliseconds(time), double(time) / double(medianOf(times)));
         }
@@ -122,8 +127,9 @@ int main()
         full += packed.at(full.size() % packed.size()) + wide.left(5000);
     full.truncate(64 * mebibyte);
     measureFinding("blocks of 1 MiB", full, false);
-    const QByteArray header = QByteArray("Yaz0") + QByteArray::fromHex("00FFFFFF") + QByteArray(10, '\xFF');
-    measureFinding("false headers", header.repeated(16 * mebibyte / header.size()) + QByteArray(48 * mebibyte, '\xFF'), false);
+    // Each header promises 16 MiB, and what follows decodes as literals up to the end of the image, which comes too early.
+    const QByteArray header = QByteArray("Yaz0") + QByteArray::fromHex("00FFFFFF FF");
+    measureFinding("false headers", wide.left(48 * mebibyte) + header.repeated(16 * mebibyte / header.size()), false);
     measureFinding("blocks, 4 MiB", full.left(4 * mebibyte), true);
 
     std::printf("\nPacking\n");
