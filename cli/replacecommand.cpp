@@ -81,9 +81,12 @@ int replaceAndWrite(const Arguments &arguments, const fileTreeFile &texture, con
     if (!textureFormats::find(texture.format))
         return streams.failed(QStringLiteral("%1: There is no texture format \"%2\"").arg(texture.name, texture.format));
     if (!textureFormats::isJpeg(texture.format) && loadPicture(picturePath).isNull())
-        return streams.failed(QStringLiteral("Cannot read picture %1").arg(picturePath));
+        return streams.failed(QStringLiteral("Cannot read picture %1").arg(arguments.positionals().constLast()));
     ImportSummary summary;
     replace(arguments, texture, picturePath, &summary);
+    // Messages name what the user gave, not the file that standard input was written to.
+    summary.warnings.replaceInStrings(picturePath, arguments.positionals().constLast());
+    summary.left.replaceInStrings(picturePath, arguments.positionals().constLast());
     printProblems(summary, streams);
     QJsonObject report;
     if (arguments.isSet("json")) {

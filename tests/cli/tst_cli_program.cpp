@@ -115,6 +115,18 @@ private slots:
         QByteArray expected = image;
         expected.replace(0x100, 16, QByteArray(16, '\xFF'));
         QVERIFY(replaced.out == expected);
+        // Messages name the picture as it was given.
+        const auto replacedBy = [&](const QByteArray &picture) {
+            return start(QUILLARY_CLI_PROGRAM, QStringList {"replace", m_path, "Root/0", "-", "--dry-run"} + profiles, picture)
+                .err;
+        };
+        QCOMPARE(replacedBy("none"), QByteArray("quillary-cli: Cannot read picture -\n"));
+        QByteArray wide;
+        QBuffer wideFile(&wide);
+        wideFile.open(QIODevice::WriteOnly);
+        white.scaled(5, 4).save(&wideFile, "PNG");
+        const QByteArray said = replacedBy(wide);
+        QVERIFY2(said.startsWith("quillary-cli: -: The picture is 5x4"), said.constData());
         const Ended dry = start(QStringList {"convert", m_path, "--order", "v64", "-o", "-", "--dry-run"});
         QVERIFY(dry.out.isEmpty());
         QVERIFY(dry.err.contains("Would turn"));
