@@ -32,29 +32,37 @@ expect_text() { # expect_text TEXT FILE
     grep -qF -- "$1" "$2" || fail "This is missing: $1" "--- in" "$(cat "$2")"
 }
 
+run_as=() # runs the programs as another user, unless empty
+
 # run_programs FOLDER PROFILES: the programs of FOLDER make and open the demo cartridge, with their profiles in PROFILES
 run_programs() {
     local bin=$1 profiles=$2 demo=$work/demo
-    rm -rf "$demo"
-    "$bin/quillary-cli" demo "$demo" >/dev/null
+    rm -rf "$demo" "$work/window.png"
+    "${run_as[@]}" "$bin/quillary-cli" demo "$demo" >/dev/null
     [ -f "$profiles/NQDE0/default/fileList.xml" ] || fail "There is no profile in $profiles"
-    "$bin/quillary-cli" info "$demo/demo.z64" >"$work/info"
+    "${run_as[@]}" "$bin/quillary-cli" info "$demo/demo.z64" >"$work/info"
     expect_text "Profiles in:    $profiles/" "$work/info"
     expect_text "default: " "$work/info"
     rm -f "$profiles/NQDE0/settings.xml"
-    "$bin/quillary" --screenshot "$work/window.png" "$demo/demo.z64" 2>"$work/log"
+    "${run_as[@]}" "$bin/quillary" --screenshot "$work/window.png" "$demo/demo.z64" 2>"$work/log"
     expect_text "Profiles are kept in $profiles/" "$work/log"
     [ -f "$profiles/NQDE0/settings.xml" ] || fail "The window did not use $profiles"
     [ -s "$work/window.png" ] || fail "The window drew nothing"
 }
 
-# With a file in its place the folder beside the program cannot be written, whoever runs this.
+# The folder of the programs cannot be written: its permissions forbid it, and root, whom they do not stop, becomes another user.
 run_programs_of_another_owner() {
     rm -rf "$1/profiles"
-    touch "$1/profiles"
+    mkdir -p "$XDG_DATA_HOME" "$XDG_CONFIG_HOME"
+    chmod a-w "$1"
+    if [ "$(id -u)" = 0 ]; then
+        chmod a+rwx "$work" "$XDG_DATA_HOME" "$XDG_CONFIG_HOME"
+        run_as=(setpriv --reuid=65534 --regid=65534 --clear-groups)
+    fi
     run_programs "$1" "$XDG_DATA_HOME/Brimholt/Quillary/profiles"
     expect_text "because $1/profiles/ cannot be written" "$work/log"
-    rm "$1/profiles"
+    run_as=()
+    chmod u+w "$1"
 }
 
 # files FOLDER: what is in it, but for the pages of the documents and their pictures
