@@ -7,6 +7,6 @@
 /// paragraphs, and those that change the direction of writing.
 bool isControlOrBidi(QChar character);
 
-/// \a text, which may come from anywhere, for one line that is read by the user: each character that isControlOrBidi() is replaced by
-/// the replacement character.
+/// \a text, which may come from anywhere, for one line that is read by the user: each character that isControlOrBidi() is
+/// replaced by the replacement character.
 QString printableText(QString text);

@@ -44,7 +44,8 @@ int report(int bytes)
 int main()
 {
     constexpr int repetitions = 7;
-    std::printf("%8s %-16s %10s %10s %10s %14s %14s\n", "size", "order", "converting", "memcpy", "byte loop", "to memcpy", "loop to it");
+    std::printf("%8s %-16s %10s %10s %10s %14s %14s\n", "size", "order", "converting", "memcpy", "byte loop", "to memcpy",
+                "loop to it");
     for (const int mebibytes : {8, 64}) {
         const int size = mebibytes << 20;
         QByteArray image(size, '\x5A');

@@ -101,7 +101,8 @@ int main()
     for (const bool distinct : {true, false})
         std::printf("destroying 100,000 entries, %s names: %.0f ms\n", distinct ? "distinct" : "the same",
                     medianMilliseconds(3, [&] { return destroyAll(100000, distinct); }));
-    std::printf("%-10s %8s %12s %12s %14s %18s\n", "names", "entries", "adding", "linking", "adding/linking", "by siblings/adding");
+    std::printf("%-10s %8s %12s %12s %14s %18s\n", "names", "entries", "adding", "linking", "adding/linking",
+                "by siblings/adding");
     for (const bool distinct : {true, false}) {
         double small = 0;
         for (const int count : {1000, 10000, 100000}) {
@@ -114,7 +115,8 @@ int main()
             if (count == 10000)
                 small = adding;
             if (count == 100000)
-                std::printf("%-10s growth from 10,000 to 100,000: %.1f-fold (target at most 40), 100,000 in %.0f ms (target at most 100)\n",
+                std::printf("%-10s growth from 10,000 to 100,000: %.1f-fold (target at most 40), 100,000 in %.0f ms (target at "
+                            "most 100)\n",
                             "", adding / small, adding);
         }
     }

@@ -97,8 +97,8 @@ void measure(const Sample &sample, const textureFormat &format, const QTemporary
     const double own = meanError(sample.picture, fitted.picture);
     const QImage other = byImageMagick(sample.picture, textureFormats::paletteColours(format), folder);
     std::printf("%-28s %4dx%-4d %6d colours to %3d %8.1f ms  mean error %6.3f", qPrintable(sample.name.right(28)),
-                sample.picture.width(), sample.picture.height(), fitted.colours, textureFormats::paletteColours(format), medianOf(milliseconds),
-                own);
+                sample.picture.width(), sample.picture.height(), fitted.colours, textureFormats::paletteColours(format),
+                medianOf(milliseconds), own);
     if (!other.isNull()) {
         const double theirs = meanError(sample.picture, other);
         std::printf("  ImageMagick %6.3f", theirs);

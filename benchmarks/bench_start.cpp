@@ -26,12 +26,13 @@ QByteArray imageIn(const char *signature)
 double millisecondsToFirstPaint()
 {
     return double(nanosecondsOf([] {
-        MainWindow window;
-        window.show();
-        while (!window.isVisible())
-            QCoreApplication::processEvents();
-        window.grab(); // Everything is laid out and painted now, whatever the platform would have put off.
-    })) / 1e6;
+               MainWindow window;
+               window.show();
+               while (!window.isVisible())
+                   QCoreApplication::processEvents();
+               window.grab(); // Everything is laid out and painted now, whatever the platform would have put off.
+           }))
+        / 1e6;
 }
 
 void measureOpening(const char *order, const char *signature, const QTemporaryDir &folder)
@@ -47,10 +48,11 @@ void measureOpening(const char *order, const char *signature, const QTemporaryDi
     QVector<double> ratios;
     for (int i = 0; i < repetitions; ++i) {
         reading << double(nanosecondsOf([&path] {
-            QFile bare(path);
-            if (!bare.open(QIODevice::ReadOnly) || bare.readAll().size() != imageBytes)
-                qFatal("cannot read %s", qPrintable(path));
-        })) / 1e6;
+                       QFile bare(path);
+                       if (!bare.open(QIODevice::ReadOnly) || bare.readAll().size() != imageBytes)
+                           qFatal("cannot read %s", qPrintable(path));
+                   }))
+                / 1e6;
         MainWindow window;
         opening << double(nanosecondsOf([&] { window.loadFile(path); })) / 1e6;
         ratios << opening.last() / reading.last();

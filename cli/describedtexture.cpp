@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "cli/describedtexture.h"
 
-#include "cli/arguments.h"
 #include "base/hexnumber.h"
+#include "cli/arguments.h"
 #include "model/rom.h"
 
 #include <algorithm>

@@ -85,8 +85,7 @@ bool openProfile(const Arguments &arguments, MissingList missing, ChosenProfile 
         return false;
     }
     const bool writes = missing == MissingList::StartEmpty || missing == MissingList::RefuseAndWrite;
-    if (writes && !arguments.isSet("dry-run")
-        && !profile->lists.lock(profile->fileListPath(), &error)) {
+    if (writes && !arguments.isSet("dry-run") && !profile->lists.lock(profile->fileListPath(), &error)) {
         streams.failed(QStringLiteral("Cannot write file %1: %2").arg(profile->fileListPath(), error));
         return false;
     }

@@ -37,8 +37,8 @@ enum class MissingList {
 /// list. On failure the result is false and the error is printed.
 bool chooseProfile(const Arguments &arguments, const char *option, ChosenProfile *profile, Streams &streams);
 
-/// Finds the profile of the loaded image and reads its file list into currentROM. With StartEmpty, and without --dry-run, the list
-/// is locked. On failure, also for a list that could not be read whole, the result is false and the error is printed.
+/// Finds the profile of the loaded image and reads its file list into currentROM. With StartEmpty, and without --dry-run, the
+/// list is locked. On failure, also for a list that could not be read whole, the result is false and the error is printed.
 bool openProfile(const Arguments &arguments, MissingList missing, ChosenProfile *profile, Streams &streams);
 
 /// Opens the image that is the first positional argument, and its profile. Returns false with the error printed.

@@ -6,7 +6,6 @@
 #include "model/tablewalk.h"
 #include "persist/filelist.h"
 #include "persist/imagefile.h"
-#include "persist/imagefile.h"
 #include "persist/profilesfolder.h"
 #include "persist/profilestore.h"
 

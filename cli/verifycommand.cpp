@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
+#include "base/hexnumber.h"
 #include "cli/arguments.h"
 #include "cli/commandtable.h"
 #include "cli/output.h"
 #include "cli/profile.h"
-#include "model/tablewalk.h"
 #include "cli/terminalprogress.h"
-#include "verify/verification.h"
-#include "base/hexnumber.h"
 #include "model/rom.h"
+#include "model/tablewalk.h"
+#include "verify/verification.h"
 
 #include <QJsonArray>
 #include <QJsonObject>

@@ -13,8 +13,8 @@ bool hasCodePath(CodePath path);
 /// The fastest path of this machine; determined once.
 CodePath bestCodePath();
 
-// The compiler vectorizes the same loops a second time for AVX2. A function that is inlined into one with this attribute is compiled for
-// AVX2 as well, so the loops themselves are always inlined.
+// The compiler vectorizes the same loops a second time for AVX2. A function that is inlined into one with this attribute is
+// compiled for AVX2 as well, so the loops themselves are always inlined.
 #if defined(__x86_64__) && (defined(__GNUC__) || defined(__clang__))
 #define QUILLARY_HAS_AVX2_PATH 1
 #define QUILLARY_AVX2 __attribute__((target("avx2")))

@@ -13,8 +13,8 @@ public:
     /// The picture that \a data shows: \a width pixels wide, and as many rows high as \a data fills at the record's bytes per
     /// pixel; a part row is dropped. The record's name decides how texels are read, its usesPalette whether the picture has
     /// Format_Indexed8 with 256 colours or Format_ARGB32; for jpeg the picture is what Qt's reader gives. \a palette holds
-    /// big-endian rgb5a1 words: 512 bytes for ci8, 32 for ci4; if it is shorter, all colours are opaque black. Null for an unknown
-    /// name, a width below 1, less than one row of data, bytes that are no JPEG, and a JPEG that claims more than
+    /// big-endian rgb5a1 words: 512 bytes for ci8, 32 for ci4; if it is shorter, all colours are opaque black. Null for an
+    /// unknown name, a width below 1, less than one row of data, bytes that are no JPEG, and a JPEG that claims more than
     /// maximumPicturePixels.
     static QImage generateTexture(QByteArray data, textureFormat format, int width, QByteArray palette);
 

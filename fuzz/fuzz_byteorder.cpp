@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Recognising and converting any bytes as an image. Conversions are their own inverses and agree with the byte loop; an image that is
-// recognised is big-endian afterwards and has an identifier; progress rises from 0 to the size.
+// Recognising and converting any bytes as an image. Conversions are their own inverses and agree with the byte loop; an image
+// that is recognised is big-endian afterwards and has an identifier; progress rises from 0 to the size.
 #include "fuzzinput.h"
 
 #include "model/byteorder.h"

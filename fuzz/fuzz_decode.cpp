@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Decoding any bytes in any format with any width and palette. No read outside the bytes; a picture has the width asked for and as
-// many rows as the bytes fill; what has no row, no width or no known format gives none; a format that keeps all it reads gives its
-// bytes back when the picture is encoded again.
+// Decoding any bytes in any format with any width and palette. No read outside the bytes; a picture has the width asked for and
+// as many rows as the bytes fill; what has no row, no width or no known format gives none; a format that keeps all it reads gives
+// its bytes back when the picture is encoded again.
 #include "fuzzinput.h"
 
 #include "codec/texturemanipulator.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Encoding a picture of any QImage format, size, row padding and colour table in any texture format. No access outside the picture; the
-// bytes are as many as the format takes, and those that the picture gives when it is read pixel by pixel.
+// Encoding a picture of any QImage format, size, row padding and colour table in any texture format. No access outside the
+// picture; the bytes are as many as the format takes, and those that the picture gives when it is read pixel by pixel.
 #include "fuzzinput.h"
 
 #include "codec/texturemanipulator.h"

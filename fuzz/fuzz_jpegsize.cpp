@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Measuring a JPEG stream in an image of any bytes, at any address. No read outside the image; the size is -1, -2, 1, or ends behind
-// an end marker inside the image; the bytes of the entry are as many as its size says, and none for a negative one.
+// Measuring a JPEG stream in an image of any bytes, at any address. No read outside the image; the size is -1, -2, 1, or ends
+// behind an end marker inside the image; the bytes of the entry are as many as its size says, and none for a negative one.
 #include "fuzzinput.h"
 
 #include "model/rom.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Runs a fuzzer's entry point over saved inputs: the files of the folders given, and a few inputs that need no file. For compilers
-// without a fuzzing engine, and for the tests.
+// Runs a fuzzer's entry point over saved inputs: the files of the folders given, and a few inputs that need no file. For
+// compilers without a fuzzing engine, and for the tests.
 #include <QByteArray>
 #include <QDirIterator>
 #include <QFile>

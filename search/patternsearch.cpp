@@ -5,9 +5,9 @@
 
 namespace
 {
-/// The strides of the sweeps and the shortest pattern for each. A wider stride reads fewer places; a narrower one leaves a pattern
-/// more words to choose from for each remainder. Measured: 24 takes a third of the time of 8, and 40 three quarters of the time
-/// of 24.
+/// The strides of the sweeps and the shortest pattern for each. A wider stride reads fewer places; a narrower one leaves a
+/// pattern more words to choose from for each remainder. Measured: 24 takes a third of the time of 8, and 40 three quarters of
+/// the time of 24.
 struct SweepClass
 {
     int stride;

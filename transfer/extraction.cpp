@@ -49,8 +49,8 @@ QByteArray encodedAsPng(QImage image)
     return image.save(&buffer, "PNG") ? buffer.data() : QByteArray();
 }
 
-/// Whether a relative \a path of names stays below its folder: it is not absolute and has no component "..". A name with "/" gives
-/// nested folders; an empty one is the folder itself.
+/// Whether a relative \a path of names stays below its folder: it is not absolute and has no component "..". A name with "/"
+/// gives nested folders; an empty one is the folder itself.
 bool staysBelow(const QString &path)
 {
 #ifdef Q_OS_WIN
@@ -113,8 +113,8 @@ private:
         m_log->debug(m_result.problems.last());
     }
 
-    /// Creates the directory \a name, which may be nested, in the directory at \a path, for the node at \a pathInTable. Looks at the
-    /// new names alone: the directories above have been checked.
+    /// Creates the directory \a name, which may be nested, in the directory at \a path, for the node at \a pathInTable. Looks at
+    /// the new names alone: the directories above have been checked.
     bool makeDirectory(const QString &pathInTable, QString path, const QString &name)
     {
         const QStringList components = name.split(QLatin1Char('/'), Qt::SkipEmptyParts);

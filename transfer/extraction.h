@@ -32,8 +32,8 @@ struct FolderExtraction
 };
 
 /// Writes \a directory and all below it into the folder at \a path: each folder as a directory of its name, an empty one too, and
-/// each texture as a file of its name. A name with "/" gives nested directories. Nothing is written outside \a path: absolute names,
-/// names with a component "..", and symbolic links that lead out are left out and reported.
-/// A \a progress, unless null, counts the textures visited and is asked before each whether to go on.
+/// each texture as a file of its name. A name with "/" gives nested directories. Nothing is written outside \a path: absolute
+/// names, names with a component "..", and symbolic links that lead out are left out and reported. A \a progress, unless null,
+/// counts the textures visited and is asked before each whether to go on.
 FolderExtraction extractFolder(const QString &path, const fileTreeDirectory *directory, WorkLog *log,
                                Progress *progress = nullptr);

@@ -64,8 +64,8 @@ class PaletteFitter
 {
 public:
     PaletteFitter(const QImage &picture, const textureFormat &format, const PresentTexture &present)
-        : m_picture(picture), m_places(textureFormats::paletteColours(format)), m_present(present), m_palette(coloursOf(present.palette, m_places)),
-          m_target(wordCount), m_placeOf(wordCount, -1)
+        : m_picture(picture), m_places(textureFormats::paletteColours(format)), m_present(present),
+          m_palette(coloursOf(present.palette, m_places)), m_target(wordCount), m_placeOf(wordCount, -1)
     {
         for (int i = m_palette.size() - 1; i >= 0; --i)
             m_placeOf[m_palette.at(i)] = i;

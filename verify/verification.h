@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "verify/bytespans.h"
 #include "base/progress.h"
 #include "model/rom.h"
+#include "verify/bytespans.h"
 
 #include <QList>
 #include <QString>

@@ -176,7 +176,8 @@ private slots:
                 arguments << "-o"
                           << "out.html";
             if (command.name == "set")
-                arguments << "--width" << "1";
+                arguments << "--width"
+                          << "1";
             const CommandCall missing = call(arguments);
             QVERIFY2(missing.status == 1, qPrintable(command.name + missing.err));
             QVERIFY2(missing.err.contains("no/such/image.z64"), qPrintable(missing.err));

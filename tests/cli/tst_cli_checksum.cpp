@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "support/bootimages.h"
 #include "commandcall.h"
+#include "support/bootimages.h"
 
 #include <QTemporaryDir>
 

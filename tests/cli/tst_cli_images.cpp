@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "commandcall.h"
-#include "support/permissions.h"
 #include "support/bootimages.h"
+#include "support/permissions.h"
 
 #include <QDir>
 #include <QTemporaryDir>

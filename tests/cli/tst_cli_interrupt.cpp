@@ -2,8 +2,8 @@
 // An interrupt that comes before a command writes leaves every file as it was.
 #include "profilefolder.h"
 
-#include "support/bootimages.h"
 #include "cli/interrupt.h"
+#include "support/bootimages.h"
 
 #include <QDirIterator>
 #include <QImage>

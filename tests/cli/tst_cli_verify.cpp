@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "profilefolder.h"
 
-#include "verify/verification.h"
 #include "support/images.h"
+#include "verify/verification.h"
 
 #include <QJsonArray>
 

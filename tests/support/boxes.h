@@ -51,7 +51,7 @@ protected:
 class BoxButtons : public BoxHandler
 {
 public:
-    explicit BoxButtons(const QStringList &wanted) : m_wanted(wanted) {}
+    explicit BoxButtons(const QStringList &wanted) : m_wanted(wanted) { }
 
     QStringList texts;
 

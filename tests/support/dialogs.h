@@ -49,9 +49,7 @@ class BoxAnswer
 {
 public:
     explicit BoxAnswer(const QString &buttonText)
-        : m_answer([this, buttonText](QMessageBox *box) { answer(box, buttonText); })
-    {
-    }
+        : m_answer([this, buttonText](QMessageBox *box) { answer(box, buttonText); }) { }
 
     bool answered() const { return m_answer.answered(); }
 
@@ -94,16 +92,13 @@ private:
 class FileDialogAnswer
 {
 public:
-    explicit FileDialogAnswer(const QString &path)
-        : m_answer([this, path](QFileDialog *dialog) { answer(dialog, path); })
-    {
-    }
+    explicit FileDialogAnswer(const QString &path) : m_answer([this, path](QFileDialog *dialog) { answer(dialog, path); }) { }
 
     bool answered() const { return m_answer.answered(); }
 
     QString title;
-    QString directory;   ///< Absolute path of the folder it started in.
-    QString typedName;   ///< What stood in its name field.
+    QString directory; ///< Absolute path of the folder it started in.
+    QString typedName; ///< What stood in its name field.
     QStringList filters;
     QFileDialog::FileMode fileMode = QFileDialog::AnyFile;
     QFileDialog::AcceptMode acceptMode = QFileDialog::AcceptOpen;

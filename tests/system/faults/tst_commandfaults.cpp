@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "cli/commandcall.h"
-#include "system/faults/faultruns.h"
 #include "support/images.h"
+#include "system/faults/faultruns.h"
 
 #include <QProcess>
 

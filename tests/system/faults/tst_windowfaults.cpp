@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "system/faults/faultruns.h"
 #include "support/boxes.h"
 #include "support/dialogs.h"
 #include "support/messages.h"
 #include "support/tablewindow.h"
 #include "support/transfer.h"
+#include "system/faults/faultruns.h"
 
 #include <QComboBox>
 #include <QDir>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "cli/profilefolder.h"
 #include "base/printabletext.h"
+#include "cli/profilefolder.h"
 #include "support/dialogs.h"
 #include "support/tablewindow.h"
 
@@ -31,7 +31,8 @@ const QStringList steeringNames()
 
 bool steers(const QString &text)
 {
-    return std::any_of(text.cbegin(), text.cend(), [](QChar character) { return isControlOrBidi(character) && character != '\n'; });
+    return std::any_of(text.cbegin(), text.cend(),
+                       [](QChar character) { return isControlOrBidi(character) && character != '\n'; });
 }
 }
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "codec/pictureloader.h"
 #include "codec/texturemanipulator.h"
-#include "system/hostile/limits.h"
 #include "model/bulkadder.h"
 #include "model/jpegends.h"
 #include "support/images.h"
 #include "support/transfer.h"
+#include "system/hostile/limits.h"
 #include "transfer/folderimport.h"
 #include "transfer/texturepack.h"
 

@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: MIT
-#include "system/languages/cuttexts.h"
-#include "system/languages/languages.h"
 #include "search/findtexturedialog.h"
 #include "support/dialogs.h"
 #include "support/pictures.h"
 #include "support/tablewindow.h"
+#include "system/languages/cuttexts.h"
+#include "system/languages/languages.h"
 
 #include <QComboBox>
 #include <QInputDialog>
 #include <QLabel>
-#include <QProgressDialog>
 #include <QMenu>
 #include <QMenuBar>
+#include <QProgressDialog>
 #include <QPushButton>
 #include <QStatusBar>
 #include <QTabWidget>

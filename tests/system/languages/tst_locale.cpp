@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "app/mainwindow.h"
-#include "system/languages/languages.h"
 #include "search/findtexturedialog.h"
 #include "support/dialogs.h"
 #include "support/images.h"
 #include "support/pictures.h"
 #include "support/tablewindow.h"
+#include "system/languages/languages.h"
 
 #include <QDir>
 #include <QInputDialog>

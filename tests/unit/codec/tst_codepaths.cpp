@@ -28,7 +28,7 @@ void CodePathsTest::pathsGiveTheSame_data()
 {
     QTest::addColumn<int>("coding");
     const std::pair<const char *, TexelCoding> codings[] = {
-        {"rgba32", TexelCoding::Rgba32}, {"rgb5a1", TexelCoding::Rgb5a1}, {"i4", TexelCoding::I4},  {"ia4", TexelCoding::Ia4},
+        {"rgba32", TexelCoding::Rgba32}, {"rgb5a1", TexelCoding::Rgb5a1}, {"i4", TexelCoding::I4},    {"ia4", TexelCoding::Ia4},
         {"i8", TexelCoding::I8},         {"ia8", TexelCoding::Ia8},       {"ia16", TexelCoding::Ia16}};
     for (const auto &[name, coding] : codings)
         QTest::newRow(name) << int(coding);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
+#include "codec/texturemanipulator.h"
 #include "unit/codec/codecsupport.h"
 #include "unit/codec/naivecodec.h"
-#include "codec/texturemanipulator.h"
 
 #include "support/messages.h"
 

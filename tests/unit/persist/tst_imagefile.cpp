@@ -72,7 +72,8 @@ void ImageFileTest::refusesWhatIsNoFile_data()
     const QString pipe = m_folder.filePath("pipe");
     QCOMPARE(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
     QTest::newRow("pipe") << pipe << "It is not a regular file";
-    QTest::newRow("device without an end") << "/dev/zero" << "It is not a regular file";
+    QTest::newRow("device without an end") << "/dev/zero"
+                                           << "It is not a regular file";
 #endif
 }
 

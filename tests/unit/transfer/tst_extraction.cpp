@@ -312,8 +312,7 @@ void ExtractionTest::namesWithSlashesGiveNestedFolders()
     const FolderExtraction result = extractFolder(path(), currentROM.root, &m_log);
     QCOMPARE(result.problems, QStringList());
     QCOMPARE(result.written, 3);
-    QCOMPARE(treeOnDisk(path()),
-             QStringList({"Root/", "Root/...png", "Root/x/", "Root/x/t.png", "Root/x/y/", "Root/x/y/a.png"}));
+    QCOMPARE(treeOnDisk(path()), QStringList({"Root/", "Root/...png", "Root/x/", "Root/x/t.png", "Root/x/y/", "Root/x/y/a.png"}));
 }
 
 void ExtractionTest::nestedFoldersFollowNoLinkOut()

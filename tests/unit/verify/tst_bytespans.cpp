@@ -4,7 +4,6 @@
 #include <QRandomGenerator>
 #include <QTest>
 
-
 namespace
 {
 QVector<int> othersOfNaive(const QVector<ByteSpan> &spans, int one)
