@@ -39,8 +39,8 @@ class QXmlStreamWriter;
 class TexturePanel;
 class TexturePreviewArea;
 
-/// The program's one window onto currentROM. Its slots ask the user, call the floors below, and show what came of it; each topic
-/// has a source file of its own, mainwindow_<topic>.cpp.
+/// The window of the program. Its slots ask the user, call a function of a lower layer and show the outcome; each topic has a
+/// source file of its own, mainwindow_<topic>.cpp.
 class MainWindow : public QMainWindow
 {
     Q_OBJECT
@@ -214,15 +214,15 @@ private:
 
     void showUnsavedFileListNotice();
     /// Writes the file table to \a path, whole or not at all. On failure it shows the box for an unwritable file and returns
-    /// false; the unsaved notice stays as it is either way.
+    /// false; the unsaved notice does not change.
     bool writeFileListTo(const QString &path);
     /// A critical box with \a reason, which may be empty, below its text.
     void showBoxWithReason(const QString &title, const QString &text, const QString &reason);
     /// Writes the file table to the current profile and hides the unsaved notice. On failure it shows the box for an unwritable
     /// file, the notice stays, and the result is false. This is what opening another image and closing the window call.
     bool saveFileListOfOpenImage();
-    /// Asks what becomes of unsaved changes when the notice shows, and hides it unless the user cancels or saving fails; then the
-    /// result is false, and the table must stay. True without a question when nothing is unsaved.
+    /// If the unsaved notice shows, asks whether to save the changes, and hides it unless the user cancels or saving fails; then
+    /// the result is false and the table must not be replaced. True without a question when nothing is unsaved.
     bool mayReplaceFileTable();
     /// As writeFileListTo(), to the list of \a profile; a name that leads out of the profiles folder counts as unwritable.
     bool writeFileListOf(const QString &profile);
@@ -233,7 +233,7 @@ private:
     QGroupBox *createGlobalSettingsBox();
     QGroupBox *createProfileSettingsBox();
 
-    /// Sorts the tree anew by the column and the order that its header shows.
+    /// Sorts the tree again by the column and order of its header.
     void sortByCurrentColumn();
     /// Leaves the tree without a current and a selected row, and without a signal, so that a click on any row selects it.
     void clearHighlight();
@@ -260,7 +260,7 @@ private:
     void saveSelectedFolder(); ///< saveTexture() for a folder.
 
     /// A window-modal progress dialog from 0 to \a maximum. With a null \a cancelText it has no cancel button, and the user
-    /// cannot close it either. It belongs to the window; whoever asked for it deletes it when the work is done.
+    /// cannot close it either. It belongs to the window; the caller deletes it when the work is done.
     QProgressDialog *createProgressDialog(const QString &label, const QString &cancelText, int maximum);
     /// Takes \a dialog to its maximum, which closes it. One that has closed already stays closed.
     static void closeProgress(QProgressDialog *dialog);

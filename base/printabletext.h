@@ -3,7 +3,7 @@
 
 #include <QString>
 
-/// Whether \a character steers what is shown around it instead of showing itself: control characters, separators of lines and
+/// Whether \a character controls the display of other text instead of showing itself: control characters, separators of lines and
 /// paragraphs, and those that change the direction of writing.
 bool isControlOrBidi(QChar character);
 

@@ -3,7 +3,7 @@
 
 #include <QString>
 
-/// What long work tells whoever runs it: the window's progress dialog, a terminal's bar, a test, or nobody.
+/// Receives the progress of long work: the window's progress dialog, a terminal's bar, a test, or nothing.
 class Progress
 {
 public:
@@ -15,7 +15,7 @@ public:
     virtual bool cancelled() { return false; }
 };
 
-/// Where work without a window leaves what it has to say on the way. The window writes it to its debug log and its
+/// Receives the messages of an operation. The window writes them to its debug log and its
 /// status bar, the command line to standard error.
 class WorkLog
 {

@@ -29,7 +29,7 @@ public:
 
     /// Prints \a message as an error and returns Failed.
     int failed(const QString &message);
-    /// A remark on standard error that is no failure.
+    /// A warning on standard error that is no failure.
     void remark(const QString &message);
     /// Writes \a bytes to standard output as they are. Returns false with the reason in \a error.
     bool writeBytes(const QByteArray &bytes, QString *error);

@@ -3,7 +3,7 @@
 
 #include <QString>
 
-/// How the bytes of a texture stand for its texels.
+/// How the bytes of a texture encode its texels.
 enum class TexelCoding { Rgba32, Rgb5a1, I4, Ia4, I8, Ia8, Ia16, Ci8, Ci4, Jpeg, Unknown };
 
 /// The coding of the format called \a formatName; Unknown for any name that is not exactly a format's.

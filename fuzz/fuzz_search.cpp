@@ -2,7 +2,7 @@
 // Searching images of repetitive content, for byte patterns and for pictures, against a search that tries every place. The
 // patterns' copies are the same ones in the same order, at any alignment and length, for the first copy and for all, and without
 // a byte read beside the range; a search that is interrupted finds a beginning of them. For pictures, in any formats, range,
-// duplicate mode and table, what is found, what becomes of it, and the table afterwards are the same.
+// duplicate mode and table, what is found, its outcome, and the table afterwards are the same.
 #include "scratchfolder.h"
 #include "tablecheck.h"
 

@@ -14,7 +14,7 @@ class fileTreeDirectory;
 
 /// Base of both kinds of node. A node made with `new` is not deleted when it leaves the table: a selection or a panel may still
 /// point to it. Leak checkers would report such nodes at exit, so a list that is never destroyed keeps their memory reachable.
-/// Nothing is freed by way of that list; nodes in arrays, containers and smart pointers belong to whoever made them.
+/// Nothing is freed by way of that list; nodes in arrays, containers and smart pointers belong to their owners.
 class fileTreeNode
 {
 public:

@@ -25,7 +25,7 @@ QString blockFileName(const QString &romID, const CompressedBlock &block);
 /// What \a fileName, without a folder, says; nothing when it is no such name.
 std::optional<BlockFileName> parsedBlockFileName(const QString &fileName);
 
-/// What came of packing a block.
+/// The outcome of packing a block.
 struct BlockPacking
 {
     enum class Result {

@@ -7,7 +7,7 @@
 #include <QString>
 #include <QStringList>
 
-/// What came of extracting a texture.
+/// The outcome of extracting a texture.
 enum class ExtractOutcome {
     Extracted,
     MissingData, ///< The entry does not say enough to be read.
@@ -23,7 +23,7 @@ QString pictureExtension(const QString &format);
 /// written whole or not at all, and \a error says why it was not written.
 ExtractOutcome extractTexture(const fileTreeFile &texture, const QString &path, WorkLog *log, QString *error);
 
-/// What came of extracting a folder.
+/// The outcome of extracting a folder.
 struct FolderExtraction
 {
     int written = 0; ///< Files.

@@ -69,7 +69,7 @@ int countDifferent(std::vector<quint32> *colours)
     return count;
 }
 
-/// What becomes of a picture's pixels in a format.
+/// What a format drops of a picture's pixels.
 struct Drops
 {
     qint64 becameClear = 0; ///< Of partial alpha.

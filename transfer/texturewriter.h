@@ -10,7 +10,7 @@
 
 #include <functional>
 
-/// What came of writing a texture.
+/// The outcome of writing a texture.
 enum class WriteOutcome {
     Written,
     UnknownFormat, ///< The format is not in the format table.

@@ -3,7 +3,7 @@
 
 #include <QStyledItemDelegate>
 
-/// Shows names from files of others in their cells as printableText(); the items keep them as they are.
+/// Shows untrusted names in cells as printableText(); the items keep the original text.
 class OneLineDelegate : public QStyledItemDelegate
 {
     Q_OBJECT

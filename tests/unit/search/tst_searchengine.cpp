@@ -77,7 +77,7 @@ struct Options : TextureSearchOptions
     }
 };
 
-/// The search as it is described, plainly: the reference for what is found, in which order, and what becomes of it.
+/// The plain search: the reference for the copies, their order and their outcomes.
 class PlainSearch
 {
 public:
