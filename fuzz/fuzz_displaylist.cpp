@@ -19,8 +19,8 @@ void appendCommand(FuzzInput *input, QByteArray *bytes)
     static const int operations[] = {0x3D, 0x35, 0x35, 0x33, 0x34, 0x30, 0x32, 0x27, 0x01, 0x1F};
     const quint64 operation = quint64(0xC0 | input->oneOf(operations)) << 56;
     const quint64 fields = quint64(quint32(input->number())) << 24 | quint32(input->number());
-    quint64 masks[] = {~Q_UINT64_C(0), Q_UINT64_C(0x00F803FF0F00FFF8), Q_UINT64_C(0x00FBFFFF07FFFFFF),
-                       Q_UINT64_C(0x00FFFFFF07FFFFFF)};
+    static const quint64 masks[] = {~Q_UINT64_C(0), Q_UINT64_C(0x00F803FF0F00FFF8), Q_UINT64_C(0x00FBFFFF07FFFFFF),
+                                    Q_UINT64_C(0x00FFFFFF07FFFFFF)};
     QByteArray word(8, '\0');
     qToBigEndian(operation | (fields & masks[input->below(4)] & Q_UINT64_C(0x00FFFFFFFFFFFFFF)), word.data());
     *bytes += word;

@@ -97,8 +97,9 @@ void BulkAdder::replaceFiles(const QVector<TextureReplacement> &changes)
         }
         addFile(change.added);
     }
+    if (replaced.isEmpty())
+        return;
     QList<fileTreeFile *> &files = m_folder->files;
-    if (!replaced.isEmpty())
-        files.erase(std::remove_if(files.begin(), files.end(), [&](fileTreeFile *file) { return replaced.contains(file); }),
-                    files.end());
+    files.erase(std::remove_if(files.begin(), files.end(), [&](fileTreeFile *file) { return replaced.contains(file); }),
+                files.end());
 }

@@ -151,6 +151,9 @@ class ROM
 {
 public:
     ROM();
+    /// A copy shares the nodes of the file table and the working copies with the original.
+    ROM(const ROM &) = default;
+    ROM &operator=(const ROM &) = default;
 
     QString baseName; ///< Complete base name of the loaded file.
     QString romID; ///< Identifies the cartridge; names its folder of profiles.

@@ -78,7 +78,6 @@ private:
 
     void searchBatch(const QVector<Wanted> &batch)
     {
-        QVector<IndexedHit> hits;
         for (const int bits : {4, 8}) {
             QVector<Wanted> wanted;
             QVector<IndexedPattern> patterns;

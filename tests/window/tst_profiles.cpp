@@ -922,6 +922,7 @@ void ProfilesTest::savingOverAListThatWasNotReadKeepsIt()
     select(QStringLiteral("other"));
     BoxAnswer box(QStringLiteral("Save"));
     m_window->saveProfile();
+    QVERIFY(box.answered());
     QCOMPARE(contentOf(listOf(QStringLiteral("other")) + QStringLiteral(".1")), listWith("o"));
     m_window->saveProfile();
     QVERIFY(!QFile::exists(listOf(QStringLiteral("other")) + QStringLiteral(".2")));

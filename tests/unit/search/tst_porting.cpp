@@ -150,7 +150,7 @@ private slots:
     {
         fileTreeDirectory *folder = currentROM.root;
         for (int i = 0; i < 3000; ++i)
-            folder = addFolder(folder, "f", i < 0x1000 ? 1 : 0, 0x200);
+            folder = addFolder(folder, "f", 1, 0x200);
         fileTreeFile *texture = addTexture(folder, "Deep", 0);
         const int address = texture->realAddress();
         const QByteArray image = QByteArray(0x40, '\1') + currentROM.data;
