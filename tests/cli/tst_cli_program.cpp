@@ -116,8 +116,9 @@ private slots:
         expected.replace(0x100, 16, QByteArray(16, '\xFF'));
         QVERIFY(replaced.out == expected);
         // Messages name the picture as it was given.
-        const auto replacedBy = [&](const QByteArray &picture) {
-            return start(QUILLARY_CLI_PROGRAM, QStringList {"replace", m_path, "Root/0", "-", "--dry-run"} + profiles, picture)
+        const auto replacedBy = [&](const QByteArray &standardInput) {
+            return start(QUILLARY_CLI_PROGRAM, QStringList {"replace", m_path, "Root/0", "-", "--dry-run"} + profiles,
+                         standardInput)
                 .err;
         };
         QCOMPARE(replacedBy("none"), QByteArray("quillary-cli: Cannot read picture -\n"));
